@@ -1,0 +1,3 @@
+#include "harness/driver.h"
+
+int main() { return RunSuite(); }

@@ -1,0 +1,270 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+// The OpenCL C texts of all rows. A text is one template with a few places filled in, expanded when
+// the row is compiled. The blanks behind each line are part of it: they reach the device compiler,
+// their count belongs to the line of the template and does not depend on what is filled in.
+
+enum class Operation { add, copy, floor, multiply, power };
+enum class Shape { arrays, scalar, vector2, vector3, vector4, vector8, vector16 };
+enum class Element { int_, uint_, short_, ushort_, char_, uchar_ };
+
+namespace kernel_text {
+
+/// What a text depends on.
+struct Row {
+  Operation operation;
+  Shape shape;
+  Element element;
+};
+
+constexpr std::size_t Index(auto enumerator) { return static_cast<std::size_t>(enumerator); }
+
+// Which rows a line of the template belongs to.
+using Where = bool (*)(Row);
+constexpr bool Always(Row) { return true; }
+constexpr bool InArrays(Row row) { return row.shape == Shape::arrays; }
+constexpr bool InScalar(Row row) { return row.shape == Shape::scalar; }
+constexpr bool InVectors(Row row) { return !InArrays(row) && !InScalar(row); }
+constexpr bool TwoInputs(Row row) {
+  return row.operation == Operation::add || row.operation == Operation::multiply;
+}
+constexpr bool InScalarUint(Row row) { return InScalar(row) && row.element == Element::uint_; }
+constexpr bool InScalarTwoInputs(Row row) { return InScalar(row) && TwoInputs(row); }
+constexpr bool InScalarOneInput(Row row) { return InScalar(row) && !TwoInputs(row); }
+constexpr bool InScalarCopy(Row row) { return InScalar(row) && row.operation == Operation::copy; }
+constexpr bool InScalarFloor(Row row) { return InScalar(row) && row.operation == Operation::floor; }
+constexpr bool InScalarPower(Row row) { return InScalar(row) && row.operation == Operation::power; }
+constexpr bool NotInScalarCopy(Row row) { return !InScalarCopy(row); }
+
+struct Line {
+  Where where;
+  std::string_view text;
+  int blanks;
+};
+
+// $G is the guard, $T the element member's type, $F the float member's type, $D the array suffix,
+// $S the kernel's signature and $B its statement.
+inline constexpr Line lines[] = {
+    {Always, "#ifndef $G", 113},
+    {Always, "#define $G", 115},
+    {NotInScalarCopy, "", 131},
+    {InScalarCopy, "#", 131},
+    {Always, "#ifdef __OPENCL_VERSION__", 107},
+    {Always,
+     "#define ALIGNED_STRUCT(structureType, alignBytes) structureType __attribute__ "
+     "((aligned(alignBytes)))",
+     31},
+    {Always, "#else // __OPENCL_VERSION__", 103},
+    {Always,
+     "#define ALIGNED_STRUCT(structureType, alignBytes) __declspec(align(alignBytes)) "
+     "structureType",
+     39},
+    {Always, "#endif // __OPENCL_VERSION__", 103},
+    {NotInScalarCopy, "", 131},
+    {InScalarCopy, "#", 123},
+    {Always, "ALIGNED_STRUCT(union, 32) InputA {", 99},
+    {Always, "    $T a$D;", 119},
+    {Always, "    $F h$D;", 115},
+    {InScalarUint, "     int z;", 74},
+    {InScalarUint, "     short q;", 74},
+    {Always, "};", 128},
+    {Always, "", 130},
+    {Always, "ALIGNED_STRUCT(union, 32) InputB {", 96},
+    {Always, "    $T k$D;", 117},
+    {Always, "    $F b$D;", 115},
+    {InScalarUint, "     int w;", 74},
+    {InScalarUint, "     short p;", 74},
+    {Always, "};", 128},
+    {Always, "", 130},
+    {Always, "ALIGNED_STRUCT(union, 32) Result {", 96},
+    {Always, "    $T z$D;", 117},
+    {Always, "    $F r$D;", 115},
+    {InScalarUint, "     int x;", 74},
+    {InScalarUint, "     short l;", 74},
+    {Always, "};", 128},
+    {Always, "", 130},
+    {Always, "#endif // _TYPES_H_", 111},
+    {Always, "$S", 0},
+    {Always, "{", 129},
+    {Always, "    // get index into global data array", 91},
+    {Always, "    int tid = get_global_id(0);", 99},
+    {Always, "", 130},
+    {Always,
+     "    // bound check (equivalent to the limit on a 'for' loop for standard/serial C code", 44},
+    {Always, "", 130},
+    {InArrays, "    for (int i = 0; i < sizeof(c[tid].r) / sizeof(c[tid].r[0]); ++i) {", 60},
+    {InScalarTwoInputs, "", 131},
+    {InScalarCopy, "", 99},
+    {InScalarFloor, "", 63},
+    {InScalarPower, "", 78},
+    {InVectors, "", 131},
+    {InArrays, "        $B", 83},
+    {InScalarTwoInputs, "        $B", 92},
+    {InScalarOneInput, "        $B", 83},
+    {InVectors, "        $B", 92},
+    {InArrays, "    }", 125},
+    {InScalarTwoInputs, "", 130},
+    {InScalarCopy, "", 130},
+    {InScalarFloor, "", 128},
+    {InScalarPower, "", 128},
+    {InVectors, "", 130},
+    {Always, "}", 129},
+};
+
+// By shape.
+inline constexpr std::string_view guards[] = {
+    "_TYPES_H_",   // arrays
+    "_TYPES2_H_",  // scalar
+    "_TYPES3_H_",  // vector2
+    "_TYPES5_H_",  // vector3
+    "_TYPES6_H_",  // vector4
+    "_TYPES7_H_",  // vector8
+    "_TYPES8_H_",  // vector16
+};
+inline constexpr std::string_view scalarUintGuard = "_TYPES4_H_";
+inline constexpr std::string_view widths[] = {"", "", "2", "3", "4", "8", "16"};
+
+// By element.
+inline constexpr std::string_view elements[] = {"int", "uint", "short", "ushort", "char", "uchar"};
+
+// By operation: over arrays and scalars, over vectors.
+inline constexpr std::string_view signatures[][2] = {
+    {"__kernel void sum(__global const union InputA* a, __global const union InputB* b, "
+     "__global union Result* c, int iNumElements)",
+     "__kernel void sum(__global const union InputA* a, __global const union InputB* b, "
+     "__global union Result* c, int iNumElements)"},
+    {"__kernel void copy(__global const union InputA* a, __global union Result* c, "
+     "int iNumElements)",
+     "__kernel void copy(__global const union InputA* a,__global union Result* c, "
+     "int iNumElements)"},
+    {"__kernel void _floor(__global const union InputA* a, __global union Result* c, "
+     "int iNumElements)",
+     "__kernel void _floor(__global const union InputA* a,__global union Result* c, "
+     "int iNumElements)"},
+    {"__kernel void multiply(__global const union InputA* a, __global const union InputB* b, "
+     "__global union Result* c, int iNumElements)",
+     "__kernel void multiply(__global const union InputA* a, __global const union InputB* b, "
+     "__global union Result* c, int iNumElements)"},
+    {"__kernel void power(__global const union InputA* a, __global union Result* c, "
+     "int iNumElements)",
+     "__kernel void power(__global const union InputA* a,__global union Result* c, "
+     "int iNumElements)"},
+};
+
+// By operation: over arrays, over scalars, over vectors. $N is the vector width.
+inline constexpr std::string_view statements[][3] = {
+    {"c[tid].r[i] = a[tid].a[i] + b[tid].b[i];",  //
+     "c[tid].r = a[tid].a + b[tid].b;",           //
+     "c[tid].r = convert_float$N(a[tid].a) + b[tid].b;"},
+    {"c[tid].r[i] = convert_float(a[tid].a[i]);",  //
+     "c[tid].r = convert_float(a[tid].a);",        //
+     "c[tid].r = convert_float$N(a[tid].a);"},
+    {"c[tid].r[i] = floor(convert_float(a[tid].a[i]));",
+     "c[tid].r = floor(convert_float(a[tid].a));", "c[tid].r = floor(convert_float$N(a[tid].a));"},
+    {"c[tid].r[i] = a[tid].a[i] * b[tid].b[i];",  //
+     "c[tid].r = a[tid].a * b[tid].b;",           //
+     "c[tid].r = convert_float$N(a[tid].a) * b[tid].b;"},
+    {"c[tid].r[i] = pow(convert_float(a[tid].a[i]),convert_float(i));",
+     "c[tid].r = pow(convert_float(a[tid].a),convert_float(tid));",
+     "c[tid].r = pow(convert_float$N(a[tid].a),convert_float$N((float$N)tid));"},
+};
+
+// The bytes of a row of `int`, by operation and shape in the order of the enumerators. They were
+// counted apart from the template, and a text of another length does not compile.
+inline constexpr std::size_t lengths[][7] = {
+    {4728, 4713, 4735, 4735, 4735, 4735, 4742},  // add
+    {4698, 4639, 4692, 4692, 4692, 4692, 4699},  // copy
+    {4707, 4616, 4701, 4701, 4701, 4701, 4708},  // floor
+    {4733, 4718, 4740, 4740, 4740, 4740, 4747},  // multiply
+    {4721, 4647, 4726, 4726, 4726, 4726, 4735},  // power
+};
+inline constexpr std::size_t scalarUintExtraLength = 525;
+
+constexpr std::size_t Length(Row row) {
+  const std::size_t longerName = elements[Index(row.element)].size() - elements[0].size();
+  return lengths[Index(row.operation)][Index(row.shape)] + 3 * longerName +
+         (InScalarUint(row) ? scalarUintExtraLength : 0);
+}
+
+/// Writes text at the front of a buffer that already holds blanks.
+class Writer {
+ public:
+  constexpr Writer(Row row, char* out) : row_(row), out_(out) {}
+
+  constexpr void Write(const Line& line) {
+    if (!line.where(row_)) return;
+    WriteFilledIn(line.text);
+    written_ += static_cast<std::size_t>(line.blanks);
+    out_[written_++] = '\n';
+  }
+
+  constexpr std::size_t Written() const { return written_; }
+
+ private:
+  constexpr void Write(std::string_view text) {
+    for (const char c : text) out_[written_++] = c;
+  }
+
+  constexpr void WriteFilledIn(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      if (text[i] == '$') {
+        WriteSubstitution(text[++i]);
+      } else {
+        out_[written_++] = text[i];
+      }
+    }
+  }
+
+  constexpr void WriteSubstitution(char key) {
+    switch (key) {
+      case 'G':
+        return Write(InScalarUint(row_) ? scalarUintGuard : guards[Index(row_.shape)]);
+      case 'T':
+        Write(elements[Index(row_.element)]);
+        return Write(widths[Index(row_.shape)]);
+      case 'F':
+        Write("float");
+        return Write(widths[Index(row_.shape)]);
+      case 'D':
+        return Write(InArrays(row_) ? "[4]" : "");
+      case 'N':
+        return Write(widths[Index(row_.shape)]);
+      case 'S':
+        return Write(signatures[Index(row_.operation)][InVectors(row_) ? 1 : 0]);
+      case 'B':
+        return WriteFilledIn(
+            statements[Index(row_.operation)][InArrays(row_) ? 0 : (InScalar(row_) ? 1 : 2)]);
+      default:
+        throw "the template names a substitution that does not exist";
+    }
+  }
+
+  Row row_;
+  char* out_;
+  std::size_t written_ = 0;
+};
+
+template <std::size_t length>
+consteval std::array<char, length + 1> Expand(Row row) {
+  std::array<char, length + 1> text;
+  text.fill(' ');
+  Writer writer(row, text.data());
+  for (const Line& line : lines) writer.Write(line);
+  if (writer.Written() != length) throw "the text has a wrong length";
+  text[length] = '\0';
+  return text;
+}
+
+template <Operation operation, Shape shape, Element element>
+inline constexpr auto text = Expand<Length({operation, shape, element})>({operation, shape,
+                                                                          element});
+
+}  // namespace kernel_text
+
+/// The complete text of a row, NUL-terminated, in static storage.
+template <Operation operation, Shape shape, Element element>
+inline constexpr const char* KernelText = kernel_text::text<operation, shape, element>.data();

@@ -1,0 +1,133 @@
+// An OpenCL layer that makes a GPU of an interpreting driver: a device with a floating-point mode
+// of its own, in a process whose floating-point mode and random numbers stay the host's. The loader
+// takes it from OPENCL_LAYERS.
+//
+// The device has no denormals: it takes them as zero and flushes them. With
+// SIMULATED_GPU_KEEP_DENORMALS set to anything but the empty string, it keeps them.
+
+#include <CL/cl_layer.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+struct PrivateRandom;
+struct DeviceFloats;
+template <class Scope, auto entryPoint, class Return, class... Arguments>
+Return CL_API_CALL Within(Arguments... arguments);
+cl_int CL_API_CALL GetDeviceInfo(cl_device_id, cl_device_info, size_t, void*, size_t*);
+
+// What the layer stands before. The loader forwards every entry point that is null here.
+consteval cl_icd_dispatch Hooks() {
+  using Entry = cl_icd_dispatch;
+  cl_icd_dispatch hooks{};
+
+  // The device says of itself whether it has denormals.
+  hooks.clGetDeviceInfo = GetDeviceInfo;
+
+  // The driver draws names for what it builds from rand, after a call of srand.
+  hooks.clBuildProgram = Within<PrivateRandom, &Entry::clBuildProgram>;
+  hooks.clCompileProgram = Within<PrivateRandom, &Entry::clCompileProgram>;
+  hooks.clLinkProgram = Within<PrivateRandom, &Entry::clLinkProgram>;
+  hooks.clCreateProgramWithBinary = Within<PrivateRandom, &Entry::clCreateProgramWithBinary>;
+
+  // The driver executes a queue when somebody waits for it, which each of these calls can do.
+  hooks.clFlush = Within<DeviceFloats, &Entry::clFlush>;
+  hooks.clFinish = Within<DeviceFloats, &Entry::clFinish>;
+  hooks.clWaitForEvents = Within<DeviceFloats, &Entry::clWaitForEvents>;
+  hooks.clReleaseCommandQueue = Within<DeviceFloats, &Entry::clReleaseCommandQueue>;
+  hooks.clEnqueueReadBuffer = Within<DeviceFloats, &Entry::clEnqueueReadBuffer>;
+  hooks.clEnqueueReadBufferRect = Within<DeviceFloats, &Entry::clEnqueueReadBufferRect>;
+  hooks.clEnqueueReadImage = Within<DeviceFloats, &Entry::clEnqueueReadImage>;
+  hooks.clEnqueueWriteBuffer = Within<DeviceFloats, &Entry::clEnqueueWriteBuffer>;
+  hooks.clEnqueueWriteBufferRect = Within<DeviceFloats, &Entry::clEnqueueWriteBufferRect>;
+  hooks.clEnqueueWriteImage = Within<DeviceFloats, &Entry::clEnqueueWriteImage>;
+  hooks.clEnqueueMapBuffer = Within<DeviceFloats, &Entry::clEnqueueMapBuffer>;
+  hooks.clEnqueueMapImage = Within<DeviceFloats, &Entry::clEnqueueMapImage>;
+  return hooks;
+}
+
+constexpr cl_icd_dispatch hooks = Hooks();
+const cl_icd_dispatch* driver = nullptr;
+bool keepsDenormals = false;
+
+// Calls the driver while a Scope lives.
+template <class Scope, auto entryPoint, class Return, class... Arguments>
+Return CL_API_CALL Within(Arguments... arguments) {
+  const Scope scope;
+  return (driver->*entryPoint)(arguments...);
+}
+
+// Gives rand, which shares its state with random, numbers of its own, and the host's state back.
+struct PrivateRandom {
+  PrivateRandom() : host(initstate(1, state, sizeof state)) {}
+  ~PrivateRandom() { setstate(host); }
+  char state[256];
+  char* host;
+};
+
+// Puts the thread into the device's floating-point mode, and back into the host's. The threads that
+// the driver starts for a kernel inherit it.
+struct DeviceFloats {
+#if defined(__x86_64__)
+  using Register = std::uint32_t;
+  static constexpr Register flush = 0x8040;  // MXCSR: flush to zero, denormals are zero
+  static Register Get() { return __builtin_ia32_stmxcsr(); }
+  static void Set(Register mode) { __builtin_ia32_ldmxcsr(mode); }
+#elif defined(__aarch64__)
+  using Register = std::uint64_t;
+  static constexpr Register flush = 1U << 24;  // FPCR: flush to zero, operands and results
+  static Register Get() {
+    Register mode;
+    asm volatile("mrs %0, fpcr" : "=r"(mode));
+    return mode;
+  }
+  static void Set(Register mode) { asm volatile("msr fpcr, %0" : : "r"(mode)); }
+#endif
+  DeviceFloats() : host(Get()) { Set(keepsDenormals ? host & ~flush : host | flush); }
+  ~DeviceFloats() { Set(host); }
+  Register host;
+};
+
+cl_int CL_API_CALL GetDeviceInfo(cl_device_id device, cl_device_info name, size_t size, void* value,
+                                 size_t* sizeReturned) {
+  const cl_int code = driver->clGetDeviceInfo(device, name, size, value, sizeReturned);
+  if (code == CL_SUCCESS && name == CL_DEVICE_SINGLE_FP_CONFIG && value != nullptr) {
+    auto& config = *static_cast<cl_device_fp_config*>(value);
+    const cl_device_fp_config denormals = CL_FP_DENORM;
+    config = keepsDenormals ? config | denormals : config & ~denormals;
+  }
+  return code;
+}
+
+}  // namespace
+
+cl_int CL_API_CALL clGetLayerInfo(cl_layer_info name, size_t size, void* value,
+                                  size_t* sizeReturned) {
+  constexpr cl_layer_api_version version = CL_LAYER_API_VERSION_100;
+  constexpr char layerName[] = "simulated GPU";
+  const bool wantsName = name == CL_LAYER_NAME;
+  if (!wantsName && name != CL_LAYER_API_VERSION) return CL_INVALID_VALUE;
+  const void* answer = wantsName ? static_cast<const void*>(layerName) : &version;
+  const size_t answerSize = wantsName ? sizeof layerName : sizeof version;
+  if (value != nullptr && size < answerSize) return CL_INVALID_VALUE;
+  if (value != nullptr) std::memcpy(value, answer, answerSize);
+  if (sizeReturned != nullptr) *sizeReturned = answerSize;
+  return CL_SUCCESS;
+}
+
+cl_int CL_API_CALL clInitLayer(cl_uint numEntries, const cl_icd_dispatch* target,
+                               cl_uint* numEntriesReturned, const cl_icd_dispatch** layer) {
+  constexpr cl_uint entries = sizeof(cl_icd_dispatch) / sizeof(void*);
+  if (target == nullptr || layer == nullptr || numEntriesReturned == nullptr ||
+      numEntries < entries)
+    return CL_INVALID_VALUE;
+  const char* keep = std::getenv("SIMULATED_GPU_KEEP_DENORMALS");
+  keepsDenormals = keep != nullptr && *keep != '\0';
+  driver = target;
+  *layer = &hooks;
+  *numEntriesReturned = entries;
+  return CL_SUCCESS;
+}

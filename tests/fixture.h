@@ -1,0 +1,37 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cfenv>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+#include "tests/scripted_opencl.h"
+#include "tests/scripted_rand.h"
+
+/// What a call left on the two output streams, and how many OpenCL objects were alive when it first
+/// wrote an "ERROR: " line (-1 if it wrote none).
+struct Outcome {
+  int result = -1;
+  std::string out;
+  std::string err;
+  int aliveAtError = -1;
+};
+
+/// A fresh machine, the random numbers from their start, and the host rounding to nearest.
+class SuiteTest : public testing::Test {
+ protected:
+  SuiteTest();
+  ~SuiteTest() override;
+
+  /// Calls a runner, or the driver, and collects what it wrote.
+  static Outcome Collect(int (*function)());
+};
+
+/// "Running test ...", then one RUN line for each word.
+std::string Lines(const std::string& announcement, const std::vector<std::string>& words);
+
+/// `count` times the same word.
+std::vector<std::string> Words(int count, const std::string& word);

@@ -1,0 +1,264 @@
+// The life of one test, seen from OpenCL and from the two output streams.
+
+#include "add/add_case.h"
+#include "harness/rows.h"
+#include "tests/fixture.h"
+#include "tests/rows.h"
+
+namespace {
+
+constexpr char announcement[] = "Running test add_union_arrays_1...";
+
+class Runner : public SuiteTest {
+ protected:
+  Runner() { Machine().device = DeviceFor(row); }
+
+  // Device results that are wrong in these launches, in one lane of one element.
+  static void SpoilLaunches(std::vector<int> launches) {
+    Machine().device = DeviceFor(row, [launches](int launch, int element, int lane, float right) {
+      const bool spoil = element == 4 && lane == 2 &&
+                         std::find(launches.begin(), launches.end(), launch) != launches.end();
+      return spoil ? -12.5F : right;
+    });
+  }
+
+  static const Row& row;
+};
+const Row& Runner::row = RowNamed("add_union_arrays_1");
+
+TEST_F(Runner, MakesTheseCallsInThisOrder) {
+  const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+  std::vector<std::string> expected = {
+      "clGetPlatformIDs",
+      "clGetPlatformIDs",
+      "clCreateContextFromType type 4",
+      "clGetContextInfo",
+      "clGetContextInfo",
+      "clCreateProgramWithSource length 4728",
+      "clBuildProgram devices 1",
+      "clCreateKernel sum",
+      "clCreateBuffer flags 4 size 8192",
+      "clCreateBuffer flags 4 size 8192",
+      "clCreateBuffer flags 2 size 8192",
+      "clSetKernelArg 0 size 8 buffer 0",
+      "clSetKernelArg 1 size 8 buffer 1",
+      "clSetKernelArg 2 size 8 buffer 2",
+      "clSetKernelArg 3 size 4 int 10",
+  };
+  for (int repetition = 1; repetition <= 10; ++repetition) {
+    expected.insert(expected.end(), {"clCreateCommandQueue device 0 properties 0",
+                                     "clEnqueueWriteBuffer buffer 0 blocking 0 offset 0 size 8192",
+                                     "clEnqueueWriteBuffer buffer 1 blocking 0 offset 0 size 8192",
+                                     "clEnqueueNDRangeKernel sum global 256",
+                                     "clEnqueueReadBuffer buffer 2 blocking 1 offset 0 size 8192"});
+  }
+  EXPECT_EQ(Machine().WorkCalls(), expected);
+  EXPECT_EQ(outcome.out, Lines(announcement, Words(10, "PASSED")));
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.result, 1);
+  EXPECT_EQ(Draws(), 1600);
+  EXPECT_EQ(Machine().Alive(), 0);
+}
+
+TEST_F(Runner, ReleasesLastMadeFirst) {
+  Collect(RunTest_add_union_arrays_1);
+  std::vector<std::string> ends(Machine().calls.end() - 9, Machine().calls.end());
+  EXPECT_EQ(ends, (std::vector<std::string>{
+                      "clReleaseMemObject", "clReleaseMemObject", "clReleaseMemObject",
+                      "clReleaseKernel", "clReleaseContext", "clReleaseProgram",  // test object
+                      "clReleaseProgram", "clReleaseDevice", "clReleaseContext"}));
+}
+
+TEST_F(Runner, ReleasesTheQueueOfEachRepetitionBeforeTheNext) {
+  Collect(RunTest_add_union_arrays_1);
+  int alive = 0;
+  for (const std::string& call : Machine().calls) {
+    if (call.starts_with("clCreateCommandQueue")) ++alive;
+    if (call == "clReleaseCommandQueue") --alive;
+    EXPECT_LE(alive, 1);
+  }
+  EXPECT_EQ(Machine().Count("clReleaseCommandQueue"), 10);
+}
+
+// The three forms of repetition, on test objects of one class.
+const char* kernelSource = KernelText<Operation::add, Shape::arrays, Element::int_>;
+class LocalCase : public AddCase<Arrays<cl_int>> {
+ public:
+  using AddCase::AddCase;
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+int RunCumulative() { return RunTest<LocalCase>(kernelSource, "local", Cumulative(10)); }
+int RunPerRepetition() { return RunTest<LocalCase>(kernelSource, "local", PerRepetition(9)); }
+int RunOneRun() { return RunTest<LocalCase>(kernelSource, "local", OneRun(10)); }
+
+TEST_F(Runner, RepeatsInTheFormOfTheRow) {
+  const std::string p = "PASSED";
+  const std::string f = "FAILED!";
+  const struct {
+    const char* description;
+    int (*run)();
+    std::vector<int> spoiled;
+    std::vector<std::string> words;
+    int launches, result;
+  } cases[] = {
+      {"cumulative, all pass", RunCumulative, {}, Words(10, p), 10, 1},
+      {"cumulative, first fails", RunCumulative, {1}, Words(10, f), 10, 0},
+      {"cumulative, third fails", RunCumulative, {3}, {p, p, f, f, f, f, f, f, f, f}, 10, 0},
+      {"cumulative, last fails", RunCumulative, {10}, {p, p, p, p, p, p, p, p, p, f}, 10, 0},
+      {"each for itself, all pass", RunPerRepetition, {}, Words(9, p), 9, 1},
+      {"each for itself, first fails", RunPerRepetition, {1}, {f, p, p, p, p, p, p, p, p}, 9, 0},
+      {"each for itself, two fail", RunPerRepetition, {2, 9}, {p, f, p, p, p, p, p, p, f}, 9, 0},
+      {"one run, passes", RunOneRun, {2}, Words(10, p), 1, 1},
+      {"one run, fails", RunOneRun, {1}, Words(10, f), 1, 0},
+  };
+  for (const auto& [description, run, spoiled, words, launches, result] : cases) {
+    SCOPED_TRACE(description);
+    ResetMachine();
+    ResetRand();
+    SpoilLaunches(spoiled);
+    const Outcome outcome = Collect(run);
+    // A mismatch line stands before the RUN line of its repetition.
+    std::string lines = "local\n";
+    std::istringstream written(outcome.out);
+    std::string line;
+    std::getline(written, line);
+    EXPECT_EQ(line, "local");
+    for (int repetition = 1; repetition <= static_cast<int>(words.size()); ++repetition) {
+      std::getline(written, line);
+      if (std::find(spoiled.begin(), spoiled.end(), repetition) != spoiled.end() &&
+          repetition <= launches) {
+        EXPECT_TRUE(line.starts_with("  c:") && line.ends_with(" ocl:-12.5")) << line;
+        std::getline(written, line);
+      }
+      EXPECT_EQ(line, "RUN " + std::to_string(repetition) + ": " +
+                          words[static_cast<std::size_t>(repetition - 1)]);
+    }
+    EXPECT_FALSE(std::getline(written, line)) << line;
+    EXPECT_EQ(Machine().Count("clEnqueueNDRangeKernel"), launches);
+    EXPECT_EQ(Draws(), 160 * launches);
+    EXPECT_EQ(outcome.result, result);
+    EXPECT_EQ(outcome.err, "");
+  }
+}
+
+TEST_F(Runner, WithoutPlatformsTheTestFails) {
+  Machine().platforms = 0;
+  const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+  EXPECT_EQ(outcome.result, 0);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err, "Failed to find any platforms.\n");
+}
+
+const char* noText = nullptr;
+int RunWithoutText() { return RunTest<LocalCase>(noText, "local", Cumulative(10)); }
+
+TEST_F(Runner, WithoutATextTheTestFailsOnceTheDevicesAreKnown) {
+  const Outcome outcome = Collect(RunWithoutText);
+  EXPECT_EQ(outcome.result, 0);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err, "OpenCL program not found.\n");
+  EXPECT_EQ(Machine().Count("clGetContextInfo"), 2);
+  EXPECT_EQ(Machine().Count("clCreateProgramWithSource"), 0);
+  EXPECT_EQ(Machine().Alive(), 0);
+}
+
+TEST_F(Runner, AFailingBuildWritesTheLogOfEachDevice) {
+  Machine().devices = 2;
+  Machine().buildLogs = {"first log\nof two lines", std::string("second\0hidden", 13)};
+  Machine().Fail("clBuildProgram", CL_BUILD_PROGRAM_FAILURE);
+  const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+  EXPECT_EQ(outcome.result, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err,
+            "first log\nof two lines\n\n"
+            "second\n\n"
+            "ERROR: clBuildProgram(-11)\n");
+  EXPECT_EQ(outcome.aliveAtError, 0);
+}
+
+TEST_F(Runner, AFailingLogQueryTakesTheBuildErrorsPlace) {
+  Machine().devices = 2;
+  Machine().buildLogs = {"first", "second"};
+  Machine().Fail("clBuildProgram", CL_BUILD_PROGRAM_FAILURE);
+  Machine().Fail("clGetProgramBuildInfo", CL_OUT_OF_RESOURCES, 3);
+  const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+  EXPECT_EQ(outcome.result, 1);
+  EXPECT_EQ(outcome.err, "first\n\nERROR: clGetProgramBuildInfo(-5)\n");
+  EXPECT_EQ(Machine().Alive(), 0);
+}
+
+TEST_F(Runner, BuildsForAllDevicesAndRunsOnTheFirst) {
+  Machine().devices = 2;
+  const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+  EXPECT_EQ(outcome.result, 1);
+  const auto calls = Machine().WorkCalls();
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "clBuildProgram devices 2"), 1);
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "clCreateCommandQueue device 0 properties 0"),
+            10);
+}
+
+TEST_F(Runner, AFailingCallEndsTheTestWithTheResultItHad) {
+  const struct {
+    const char* entryPoint;
+    int occurrence, code;
+    std::vector<int> spoiled;
+    const char* error;
+    int runLines, result;
+  } cases[] = {
+      {"clGetPlatformIDs", 1, -1001, {}, "clGetPlatformIDs(-1001)", -1, 1},
+      {"clCreateContextFromType", 1, -2, {}, "clCreateContextFromType(-2)", -1, 1},
+      {"clGetContextInfo", 2, -5, {}, "clGetContextInfo(-5)", -1, 1},
+      {"clCreateProgramWithSource", 1, -6, {}, "clCreateProgramWithSource(-6)", -1, 1},
+      {"clRetainProgram", 1, -44, {}, "Retain Object(-44)", 0, 1},
+      {"clRetainContext", 1, -34, {}, "Retain Object(-34)", 0, 1},
+      {"clCreateKernel", 1, -46, {}, "clCreateKernel(-46)", 0, 1},
+      {"clCreateBuffer", 3, -61, {}, "clCreateBuffer(-61)", 0, 1},
+      {"clSetKernelArg", 4, -51, {}, "clSetKernelArg(-51)", 0, 1},
+      {"clCreateCommandQueue", 1, -6, {}, "clCreateCommandQueue(-6)", 0, 1},
+      {"clEnqueueWriteBuffer", 4, -4, {}, "clEnqueueWriteBuffer(-4)", 1, 1},
+      {"clEnqueueNDRangeKernel", 5, -54, {}, "clEnqueueNDRangeKernel(-54)", 4, 1},
+      {"clEnqueueNDRangeKernel", 5, -54, {2}, "clEnqueueNDRangeKernel(-54)", 4, 0},
+      {"clEnqueueReadBuffer", 10, -5, {}, "clEnqueueReadBuffer(-5)", 9, 1},
+  };
+  for (const auto& [entryPoint, occurrence, code, spoiled, error, runLines, result] : cases) {
+    SCOPED_TRACE(error);
+    ResetMachine();
+    SpoilLaunches(spoiled);
+    Machine().Fail(entryPoint, code, occurrence);
+    const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+    EXPECT_EQ(outcome.err, "ERROR: " + std::string(error) + "\n");
+    EXPECT_EQ(outcome.result, result);
+    EXPECT_EQ(outcome.out.starts_with(announcement), runLines >= 0);
+    const auto lines = std::count(outcome.out.begin(), outcome.out.end(), '\n');
+    EXPECT_EQ(lines, 1 + runLines + static_cast<int>(spoiled.size()));
+    EXPECT_EQ(outcome.aliveAtError, 0);
+    EXPECT_EQ(Machine().Alive(), 0);
+  }
+}
+
+TEST_F(Runner, AFailingReleaseIsNobodysError) {
+  for (const char* entryPoint : {"clReleaseCommandQueue", "clReleaseMemObject", "clReleaseKernel",
+                                 "clReleaseProgram", "clReleaseContext", "clReleaseDevice"}) {
+    SCOPED_TRACE(entryPoint);
+    ResetMachine();
+    Machine().device = DeviceFor(row);
+    Machine().Fail(entryPoint, CL_OUT_OF_HOST_MEMORY, 0);
+    const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+    EXPECT_EQ(outcome.out, Lines(announcement, Words(10, "PASSED")));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.result, 1);
+  }
+}
+
+TEST_F(Runner, AnyOtherExceptionPassesThrough) {
+  Machine().device = [](const Launch&) { throw std::bad_alloc(); };
+  EXPECT_THROW(Collect(RunTest_add_union_arrays_1), std::bad_alloc);
+  EXPECT_EQ(Machine().Alive(), 0);
+}
+
+}  // namespace
