@@ -15,14 +15,8 @@ class AddCase : public TwoInputCase<Unions> {
   void Setup() override { this->SetupKernel("sum"); }
 
  protected:
-  /// The sums, with `flush` applied to the float operand: FlushDenormal or Unflushed.
-  template <class Flush>
-  void Reference(Flush flush) {
-    for (int i = 0; i < this->numElements_; ++i) {
-      for (int j = 0; j < Unions::lanes; ++j) {
-        this->reference_[i].r[j] =
-            static_cast<float>(this->inputA_[i].a[j]) + flush(this->inputB_[i].b[j]);
-      }
-    }
+  /// The sums, with `flush`, FlushDenormal or Unflushed, on the float operand.
+  void Reference(float (*flush)(float)) {
+    this->ReferenceBy([flush](float a, float b) { return a + flush(b); });
   }
 };

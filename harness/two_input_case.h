@@ -56,7 +56,18 @@ class TwoInputCase : public TestCase {
     }
   }
 
-  /// The device's answer to the bytes as they stand.
+  /// The expected results from the bytes as the fill left them: `formula` of the integer view of A,
+  /// converted to float, and the float view of B.
+  template <class Formula>
+  void ReferenceBy(Formula formula) {
+    for (int i = 0; i < numElements_; ++i) {
+      for (int j = 0; j < Unions::lanes; ++j) {
+        reference_[i].r[j] = formula(static_cast<float>(inputA_[i].a[j]), inputB_[i].b[j]);
+      }
+    }
+  }
+
+  /// The device's results from the same bytes.
   void RoundTrip() {
     DeviceRoundTrip({{bufferA_, inputA_}, {bufferB_, inputB_}}, kernel_, globalSize_, bufferResult_,
                     deviceResult_, globalSize_ * sizeof(Result));

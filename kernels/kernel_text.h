@@ -182,12 +182,12 @@ inline constexpr std::size_t lengths[][7] = {
     {4733, 4718, 4740, 4740, 4740, 4740, 4747},  // multiply
     {4721, 4647, 4726, 4726, 4726, 4726, 4735},  // power
 };
-inline constexpr std::size_t scalarUintExtraLength = 525;
+inline constexpr std::size_t extraMembersLength = 522;  // in scalars of uint
 
 constexpr std::size_t Length(Row row) {
   const std::size_t longerName = elements[Index(row.element)].size() - elements[0].size();
   return lengths[Index(row.operation)][Index(row.shape)] + 3 * longerName +
-         (InScalarUint(row) ? scalarUintExtraLength : 0);
+         (InScalarUint(row) ? extraMembersLength : 0);
 }
 
 /// Writes text at the front of a buffer that already holds blanks.

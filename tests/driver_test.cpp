@@ -2,14 +2,14 @@
 
 #include "harness/driver.h"
 
+#include "tests/devices.h"
 #include "tests/fixture.h"
-#include "tests/rows.h"
 
 namespace {
 
 class Driver : public SuiteTest {
  protected:
-  Driver() { Machine().device = DeviceFor(RowNamed("add_union_arrays_1")); }
+  Driver() { Machine().device = DeviceForAll(); }
 };
 
 TEST_F(Driver, WithoutAGpuThereIsNoOutput) {
@@ -47,6 +47,60 @@ TEST_F(Driver, TakesTheRoundingModeFromTheDevice) {
                                             "clGetDeviceInfo 4123 size 8"};
     EXPECT_EQ(std::vector(Machine().calls.begin(), Machine().calls.begin() + 3), probe);
   }
+}
+
+std::string Summary(int passed) {
+  return "TOTAL : 210\nPASSED: " + std::to_string(passed) +
+         "\nFAILED: " + std::to_string(210 - passed) + "\n";
+}
+
+TEST_F(Driver, RunsTheScheduleInItsOrder) {
+  RowsByText();
+  ResetRand();
+  Machine().device = DeviceForAll();
+  const Outcome outcome = Collect(RunSuite);
+
+  // The matrix without power, in the order of its operations.
+  std::vector<std::string> expected;
+  for (const std::string operation : {"add", "copy", "floor", "multiply"}) {
+    for (const std::string shape :
+         {"arrays", "scalar", "vector16", "vector2", "vector3", "vector4", "vector8"}) {
+      for (int variant = 1; variant <= 6; ++variant)
+        expected.push_back(operation + "_union_" + shape + "_" + std::to_string(variant));
+    }
+  }
+  std::vector<std::string> order;
+  for (const std::string& source : Machine().sources)
+    order.push_back(RowsByText().at(source)->name);
+  EXPECT_EQ(order, expected);
+
+  EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1851);
+  EXPECT_EQ(outcome.out.find("FAILED!"), std::string::npos);
+  EXPECT_TRUE(outcome.out.ends_with(Summary(210)));
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(Machine().launches.size(), 1635U);
+  // Ten repetitions of ten elements: 38 lanes a variant, with four draws in add and multiply and
+  // two in copy and floor; the five copy rows that run once leave out nine times 20 draws each.
+  EXPECT_EQ(Draws(), 100 * 6 * 38 * (4 + 2 + 2 + 4) - 5 * 180);
+  EXPECT_EQ(Machine().Alive(), 0);
+}
+
+TEST_F(Driver, CountsWhatTheRunnersReturn) {
+  Machine().device = [](const Launch& launch) {
+    for (std::byte& byte : launch.buffers.back()) byte = std::byte{0x42};
+  };
+  const Outcome wrong = Collect(RunSuite);
+  EXPECT_TRUE(wrong.out.ends_with(Summary(42))) << wrong.out.substr(wrong.out.size() - 40);
+  EXPECT_EQ(wrong.result, 0);
+
+  ResetMachine();
+  Machine().Fail("clBuildProgram", CL_BUILD_PROGRAM_FAILURE, 0);
+  const Outcome unbuilt = Collect(RunSuite);
+  EXPECT_EQ(unbuilt.out, Summary(210));
+  std::string errors;
+  for (int row = 0; row < 168; ++row) errors += "\n\nERROR: clBuildProgram(-11)\n";
+  EXPECT_EQ(unbuilt.err, errors);
+  EXPECT_EQ(unbuilt.result, 0);
 }
 
 }  // namespace

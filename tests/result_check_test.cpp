@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "harness/rows.h"
+#include "tests/devices.h"
 #include "tests/fixture.h"
-#include "tests/rows.h"
 
 namespace {
 

@@ -1,11 +1,8 @@
 #include "tests/rows.h"
 
-#include <gtest/gtest.h>
-
-#include <cfloat>
-#include <cmath>
-#include <cstdint>
+#include <array>
 #include <cstring>
+#include <map>
 #include <stdexcept>
 
 #include "harness/rows.h"
@@ -35,62 +32,116 @@ Row Describe(const std::string& name, int (*run)()) {
   return row;
 }
 
-// The integer of `width` bytes at `bytes`, converted.
-float Integer(const Row& row, const std::byte* bytes) {
-  std::uint32_t value = 0;
-  std::memcpy(&value, bytes, row.width);
-  const auto unused = static_cast<int>(32 - 8 * row.width);
-  if (row.isSigned) return static_cast<float>(static_cast<std::int32_t>(value << unused) >> unused);
-  return static_cast<float>(value);
-}
-
-float Float(const std::byte* bytes) {
-  float value = 0;
-  std::memcpy(&value, bytes, sizeof value);
-  return value;
-}
-
-float Flushed(float x) { return std::fabs(x) < FLT_MIN ? std::copysign(0.0F, x) : x; }
-
-float Compute(const Row& row, float a, float b, int exponent, Denormals denormals) {
-  const bool flush = denormals == Denormals::flushed;
-  if (flush) b = Flushed(b);
-  float result = a;
-  if (row.operation == "add") result = a + b;
-  if (row.operation == "multiply") result = a * b;
-  if (row.operation == "floor") result = std::floor(a);
-  if (row.operation == "power") result = std::pow(a, static_cast<float>(exponent));
-  return flush ? Flushed(result) : result;
-}
-
-using Each = std::function<float(int element, int lane, float right)>;
-
-void ComputeAll(const Row& row, Denormals denormals, const Launch& launch, const Each& each) {
-  ASSERT_EQ(launch.buffers.size(), row.twoInputs ? 3U : 2U);
-  ASSERT_EQ(launch.numElements, 10);
-  for (const auto& buffer : launch.buffers)
-    ASSERT_EQ(buffer.size(), launch.globalSize * row.stride);
-  for (std::size_t element = 0; element < launch.globalSize; ++element) {
-    for (int lane = 0; lane < row.lanes; ++lane) {
-      const std::size_t at = element * row.stride;
-      const auto integerLane = static_cast<std::size_t>(lane) * row.width;
-      const auto floatLane = static_cast<std::size_t>(lane) * sizeof(float);
-      const auto tid = static_cast<int>(element);
-      float result = Compute(row, Integer(row, &launch.buffers[0][at + integerLane]),
-                             row.twoInputs ? Float(&launch.buffers[1][at + floatLane]) : 0.0F,
-                             row.shape == "arrays" ? lane : tid, denormals);
-      if (element < 10) result = each(tid, lane, result);
-      std::memcpy(&launch.buffers.back()[at + floatLane], &result, sizeof result);
-    }
-  }
-}
-
 }  // namespace
 
 const std::vector<Row>& Rows() {
 #define ROW(test) Describe(#test, RunTest_##test)
   static const std::vector<Row> rows = {
-      ROW(add_union_arrays_1),
+      ROW(add_union_arrays_1),        ROW(add_union_arrays_2),
+      ROW(add_union_arrays_3),        ROW(add_union_arrays_4),
+      ROW(add_union_arrays_5),        ROW(add_union_arrays_6),
+      ROW(add_union_scalar_1),        ROW(add_union_scalar_2),
+      ROW(add_union_scalar_3),        ROW(add_union_scalar_4),
+      ROW(add_union_scalar_5),        ROW(add_union_scalar_6),
+      ROW(add_union_vector16_1),      ROW(add_union_vector16_2),
+      ROW(add_union_vector16_3),      ROW(add_union_vector16_4),
+      ROW(add_union_vector16_5),      ROW(add_union_vector16_6),
+      ROW(add_union_vector2_1),       ROW(add_union_vector2_2),
+      ROW(add_union_vector2_3),       ROW(add_union_vector2_4),
+      ROW(add_union_vector2_5),       ROW(add_union_vector2_6),
+      ROW(add_union_vector3_1),       ROW(add_union_vector3_2),
+      ROW(add_union_vector3_3),       ROW(add_union_vector3_4),
+      ROW(add_union_vector3_5),       ROW(add_union_vector3_6),
+      ROW(add_union_vector4_1),       ROW(add_union_vector4_2),
+      ROW(add_union_vector4_3),       ROW(add_union_vector4_4),
+      ROW(add_union_vector4_5),       ROW(add_union_vector4_6),
+      ROW(add_union_vector8_1),       ROW(add_union_vector8_2),
+      ROW(add_union_vector8_3),       ROW(add_union_vector8_4),
+      ROW(add_union_vector8_5),       ROW(add_union_vector8_6),
+      ROW(copy_union_arrays_1),       ROW(copy_union_arrays_2),
+      ROW(copy_union_arrays_3),       ROW(copy_union_arrays_4),
+      ROW(copy_union_arrays_5),       ROW(copy_union_arrays_6),
+      ROW(copy_union_scalar_1),       ROW(copy_union_scalar_2),
+      ROW(copy_union_scalar_3),       ROW(copy_union_scalar_4),
+      ROW(copy_union_scalar_5),       ROW(copy_union_scalar_6),
+      ROW(copy_union_vector16_1),     ROW(copy_union_vector16_2),
+      ROW(copy_union_vector16_3),     ROW(copy_union_vector16_4),
+      ROW(copy_union_vector16_5),     ROW(copy_union_vector16_6),
+      ROW(copy_union_vector2_1),      ROW(copy_union_vector2_2),
+      ROW(copy_union_vector2_3),      ROW(copy_union_vector2_4),
+      ROW(copy_union_vector2_5),      ROW(copy_union_vector2_6),
+      ROW(copy_union_vector3_1),      ROW(copy_union_vector3_2),
+      ROW(copy_union_vector3_3),      ROW(copy_union_vector3_4),
+      ROW(copy_union_vector3_5),      ROW(copy_union_vector3_6),
+      ROW(copy_union_vector4_1),      ROW(copy_union_vector4_2),
+      ROW(copy_union_vector4_3),      ROW(copy_union_vector4_4),
+      ROW(copy_union_vector4_5),      ROW(copy_union_vector4_6),
+      ROW(copy_union_vector8_1),      ROW(copy_union_vector8_2),
+      ROW(copy_union_vector8_3),      ROW(copy_union_vector8_4),
+      ROW(copy_union_vector8_5),      ROW(copy_union_vector8_6),
+      ROW(floor_union_arrays_1),      ROW(floor_union_arrays_2),
+      ROW(floor_union_arrays_3),      ROW(floor_union_arrays_4),
+      ROW(floor_union_arrays_5),      ROW(floor_union_arrays_6),
+      ROW(floor_union_scalar_1),      ROW(floor_union_scalar_2),
+      ROW(floor_union_scalar_3),      ROW(floor_union_scalar_4),
+      ROW(floor_union_scalar_5),      ROW(floor_union_scalar_6),
+      ROW(floor_union_vector16_1),    ROW(floor_union_vector16_2),
+      ROW(floor_union_vector16_3),    ROW(floor_union_vector16_4),
+      ROW(floor_union_vector16_5),    ROW(floor_union_vector16_6),
+      ROW(floor_union_vector2_1),     ROW(floor_union_vector2_2),
+      ROW(floor_union_vector2_3),     ROW(floor_union_vector2_4),
+      ROW(floor_union_vector2_5),     ROW(floor_union_vector2_6),
+      ROW(floor_union_vector3_1),     ROW(floor_union_vector3_2),
+      ROW(floor_union_vector3_3),     ROW(floor_union_vector3_4),
+      ROW(floor_union_vector3_5),     ROW(floor_union_vector3_6),
+      ROW(floor_union_vector4_1),     ROW(floor_union_vector4_2),
+      ROW(floor_union_vector4_3),     ROW(floor_union_vector4_4),
+      ROW(floor_union_vector4_5),     ROW(floor_union_vector4_6),
+      ROW(floor_union_vector8_1),     ROW(floor_union_vector8_2),
+      ROW(floor_union_vector8_3),     ROW(floor_union_vector8_4),
+      ROW(floor_union_vector8_5),     ROW(floor_union_vector8_6),
+      ROW(multiply_union_arrays_1),   ROW(multiply_union_arrays_2),
+      ROW(multiply_union_arrays_3),   ROW(multiply_union_arrays_4),
+      ROW(multiply_union_arrays_5),   ROW(multiply_union_arrays_6),
+      ROW(multiply_union_scalar_1),   ROW(multiply_union_scalar_2),
+      ROW(multiply_union_scalar_3),   ROW(multiply_union_scalar_4),
+      ROW(multiply_union_scalar_5),   ROW(multiply_union_scalar_6),
+      ROW(multiply_union_vector16_1), ROW(multiply_union_vector16_2),
+      ROW(multiply_union_vector16_3), ROW(multiply_union_vector16_4),
+      ROW(multiply_union_vector16_5), ROW(multiply_union_vector16_6),
+      ROW(multiply_union_vector2_1),  ROW(multiply_union_vector2_2),
+      ROW(multiply_union_vector2_3),  ROW(multiply_union_vector2_4),
+      ROW(multiply_union_vector2_5),  ROW(multiply_union_vector2_6),
+      ROW(multiply_union_vector3_1),  ROW(multiply_union_vector3_2),
+      ROW(multiply_union_vector3_3),  ROW(multiply_union_vector3_4),
+      ROW(multiply_union_vector3_5),  ROW(multiply_union_vector3_6),
+      ROW(multiply_union_vector4_1),  ROW(multiply_union_vector4_2),
+      ROW(multiply_union_vector4_3),  ROW(multiply_union_vector4_4),
+      ROW(multiply_union_vector4_5),  ROW(multiply_union_vector4_6),
+      ROW(multiply_union_vector8_1),  ROW(multiply_union_vector8_2),
+      ROW(multiply_union_vector8_3),  ROW(multiply_union_vector8_4),
+      ROW(multiply_union_vector8_5),  ROW(multiply_union_vector8_6),
+      ROW(power_union_arrays_1),      ROW(power_union_arrays_2),
+      ROW(power_union_arrays_3),      ROW(power_union_arrays_4),
+      ROW(power_union_arrays_5),      ROW(power_union_arrays_6),
+      ROW(power_union_scalar_1),      ROW(power_union_scalar_2),
+      ROW(power_union_scalar_3),      ROW(power_union_scalar_4),
+      ROW(power_union_scalar_5),      ROW(power_union_scalar_6),
+      ROW(power_union_vector16_1),    ROW(power_union_vector16_2),
+      ROW(power_union_vector16_3),    ROW(power_union_vector16_4),
+      ROW(power_union_vector16_5),    ROW(power_union_vector16_6),
+      ROW(power_union_vector2_1),     ROW(power_union_vector2_2),
+      ROW(power_union_vector2_3),     ROW(power_union_vector2_4),
+      ROW(power_union_vector2_5),     ROW(power_union_vector2_6),
+      ROW(power_union_vector3_1),     ROW(power_union_vector3_2),
+      ROW(power_union_vector3_3),     ROW(power_union_vector3_4),
+      ROW(power_union_vector3_5),     ROW(power_union_vector3_6),
+      ROW(power_union_vector4_1),     ROW(power_union_vector4_2),
+      ROW(power_union_vector4_3),     ROW(power_union_vector4_4),
+      ROW(power_union_vector4_5),     ROW(power_union_vector4_6),
+      ROW(power_union_vector8_1),     ROW(power_union_vector8_2),
+      ROW(power_union_vector8_3),     ROW(power_union_vector8_4),
+      ROW(power_union_vector8_5),     ROW(power_union_vector8_6),
   };
 #undef ROW
   return rows;
@@ -103,19 +154,27 @@ const Row& RowNamed(const std::string& name) {
   throw std::invalid_argument("no row " + name);
 }
 
-Device DeviceFor(const Row& row, Denormals denormals) {
-  return [&row, denormals](const Launch& launch) {
-    ComputeAll(row, denormals, launch, [](int, int, float right) { return right; });
+std::uint32_t Tolerance(const Row& row) {
+  static const std::map<std::string, std::array<std::uint32_t, 6>> power = {
+      {"arrays", {128, 128, 128, 128, 256, 128}},   {"scalar", {128, 128, 256, 128, 128, 128}},
+      {"vector2", {128, 128, 256, 512, 256, 256}},  {"vector3", {128, 128, 128, 512, 128, 128}},
+      {"vector4", {128, 128, 256, 256, 256, 128}},  {"vector8", {128, 128, 256, 256, 128, 128}},
+      {"vector16", {128, 128, 256, 256, 256, 128}},
   };
+  if (row.operation == "power")
+    return power.at(row.shape)[static_cast<std::size_t>(row.variant - 1)];
+  return row.twoInputs ? 2 : 0;
 }
 
-Device DeviceFor(
-    const Row& row,
-    const std::function<float(int launch, int element, int lane, float right)>& wrong) {
-  return [&row, wrong](const Launch& launch) {
-    const int number = static_cast<int>(Machine().launches.size()) + 1;
-    ComputeAll(row, Denormals::flushed, launch, [&](int element, int lane, float right) {
-      return wrong(number, element, lane, right);
-    });
-  };
+float IntegerLane(const Row& row, std::span<const std::byte> element, int lane) {
+  std::int64_t value = 0;
+  std::memcpy(&value, &element[static_cast<std::size_t>(lane) * row.width], row.width);
+  const std::int64_t range = std::int64_t{1} << (8 * row.width);
+  return static_cast<float>(row.isSigned && value >= range / 2 ? value - range : value);
+}
+
+float FloatLane(std::span<const std::byte> element, int lane) {
+  float value = 0;
+  std::memcpy(&value, &element[static_cast<std::size_t>(lane) * sizeof value], sizeof value);
+  return value;
 }

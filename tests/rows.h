@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
-
-#include "tests/scripted_opencl.h"
 
 /// A row of the test matrix as the tests know it: by its name, from which its layout is worked out
 /// here a second time, apart from the suite.
@@ -29,13 +29,11 @@ const std::vector<Row>& Rows();
 /// The row of that name.
 const Row& RowNamed(const std::string& name);
 
-enum class Denormals { kept, flushed };
+/// The row's tolerance in units in the last place; 0 where the check is exact.
+std::uint32_t Tolerance(const Row& row);
 
-/// A device that computes what the row's kernel says, in the host's rounding mode. It reads the
-/// buffers as bytes.
-Device DeviceFor(const Row& row, Denormals denormals = Denormals::flushed);
+/// Lane `lane` of the element member at `element`, of which these are the bytes, converted.
+float IntegerLane(const Row& row, std::span<const std::byte> element, int lane);
 
-/// The same, and then `wrong` may spoil the results: it is called for each of the first ten
-/// elements and each lane of the result with the number of the launch, from 1.
-Device DeviceFor(const Row& row,
-                 const std::function<float(int launch, int element, int lane, float right)>& wrong);
+/// Lane `lane` of a float member.
+float FloatLane(std::span<const std::byte> element, int lane);

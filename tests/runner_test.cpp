@@ -2,8 +2,8 @@
 
 #include "add/add_case.h"
 #include "harness/rows.h"
+#include "tests/devices.h"
 #include "tests/fixture.h"
-#include "tests/rows.h"
 
 namespace {
 

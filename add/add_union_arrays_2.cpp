@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::arrays, Element::uint_>;
+}
+
+class TestCase_add_union_arrays_2 : public AddCase<Arrays<cl_uint>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_arrays_2() {
+  return RunTest<TestCase_add_union_arrays_2>(kernelSource, "Running test add_union_arrays_2...",
+                                              Cumulative(10));
+}

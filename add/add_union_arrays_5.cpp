@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::arrays, Element::char_>;
+}
+
+class TestCase_add_union_arrays_5 : public AddCase<Arrays<cl_char>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_arrays_5() {
+  return RunTest<TestCase_add_union_arrays_5>(kernelSource, "Running test add_union_arrays_5...",
+                                              Cumulative(10));
+}

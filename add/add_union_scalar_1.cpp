@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::scalar, Element::int_>;
+}
+
+class TestCase_add_union_scalar_1 : public AddCase<Scalar<cl_int>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(Unflushed);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_scalar_1() {
+  return RunTest<TestCase_add_union_scalar_1>(kernelSource, "Running test add_union_scalar_1...",
+                                              Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::scalar, Element::uchar_>;
+}
+
+class TestCase_add_union_scalar_6 : public AddCase<Scalar<cl_uchar>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(Unflushed);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_scalar_6() {
+  return RunTest<TestCase_add_union_scalar_6>(kernelSource, "Running test add_union_scalar_6...",
+                                              Cumulative(10));
+}

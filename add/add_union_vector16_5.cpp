@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::vector16, Element::char_>;
+}
+
+class TestCase_add_union_vector16_5 : public AddCase<Vector16<cl_char>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_vector16_5() {
+  return RunTest<TestCase_add_union_vector16_5>(
+      kernelSource, "Running test add_union_vector16_5...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::vector2, Element::ushort_>;
+}
+
+class TestCase_add_union_vector2_4 : public AddCase<Vector2<cl_ushort>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_vector2_4() {
+  return RunTest<TestCase_add_union_vector2_4>(kernelSource, "Running test add_union_vector2_4...",
+                                               Cumulative(10));
+}

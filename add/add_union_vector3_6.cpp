@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::vector3, Element::uchar_>;
+}
+
+class TestCase_add_union_vector3_6 : public AddCase<Vector3<cl_uchar>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_vector3_6() {
+  return RunTest<TestCase_add_union_vector3_6>(kernelSource, "Running test add_union_vector3_6...",
+                                               Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "add/add_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::add, Shape::vector4, Element::short_>;
+}
+
+class TestCase_add_union_vector4_3 : public AddCase<Vector4<cl_short>> {
+ public:
+  using AddCase::AddCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_add_union_vector4_3() {
+  return RunTest<TestCase_add_union_vector4_3>(kernelSource, "Running test add_union_vector4_3...",
+                                               Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::arrays, Element::int_>;
+}
+
+class TestCase_copy_union_arrays_1 : public CopyCase<Arrays<cl_int>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("c:");
+  }
+};
+
+int RunTest_copy_union_arrays_1() {
+  return RunTest<TestCase_copy_union_arrays_1>(kernelSource, "Running test copy_union_arrays_1...",
+                                               Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::arrays, Element::short_>;
+}
+
+class TestCase_copy_union_arrays_3 : public CopyCase<Arrays<cl_short>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("c:");
+  }
+};
+
+int RunTest_copy_union_arrays_3() {
+  return RunTest<TestCase_copy_union_arrays_3>(kernelSource, "Running test copy_union_arrays_3...",
+                                               Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::arrays, Element::char_>;
+}
+
+class TestCase_copy_union_arrays_5 : public CopyCase<Arrays<cl_char>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("c:");
+  }
+};
+
+int RunTest_copy_union_arrays_5() {
+  return RunTest<TestCase_copy_union_arrays_5>(kernelSource, "Running test copy_union_arrays_5...",
+                                               Cumulative(10));
+}

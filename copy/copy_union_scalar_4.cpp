@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::ushort_>;
+}
+
+class TestCase_copy_union_scalar_4 : public CopyCase<Scalar<cl_ushort>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("c:");
+  }
+};
+
+int RunTest_copy_union_scalar_4() {
+  return RunTest<TestCase_copy_union_scalar_4>(kernelSource, "Running test copy_union_scalar_4...",
+                                               OneRun(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::uchar_>;
+}
+
+class TestCase_copy_union_scalar_6 : public CopyCase<Scalar<cl_uchar>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("c:");
+  }
+};
+
+int RunTest_copy_union_scalar_6() {
+  return RunTest<TestCase_copy_union_scalar_6>(kernelSource, "Running test copy_union_scalar_6...",
+                                               OneRun(10));
+}

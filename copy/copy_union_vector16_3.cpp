@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector16, Element::short_>;
+}
+
+class TestCase_copy_union_vector16_3 : public CopyCase<Vector16<cl_short>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector16_3() {
+  return RunTest<TestCase_copy_union_vector16_3>(
+      kernelSource, "Running test copy_union_vector16_3...", Cumulative(10));
+}

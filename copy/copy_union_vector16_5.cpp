@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector16, Element::char_>;
+}
+
+class TestCase_copy_union_vector16_5 : public CopyCase<Vector16<cl_char>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector16_5() {
+  return RunTest<TestCase_copy_union_vector16_5>(
+      kernelSource, "Running test copy_union_vector16_5...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector2, Element::int_>;
+}
+
+class TestCase_copy_union_vector2_1 : public CopyCase<Vector2<cl_int>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector2_1() {
+  return RunTest<TestCase_copy_union_vector2_1>(
+      kernelSource, "Running test copy_union_vector2_1...", Cumulative(10));
+}

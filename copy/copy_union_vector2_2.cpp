@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector2, Element::uint_>;
+}
+
+class TestCase_copy_union_vector2_2 : public CopyCase<Vector2<cl_uint>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector2_2() {
+  return RunTest<TestCase_copy_union_vector2_2>(
+      kernelSource, "Running test copy_union_vector2_2...", Cumulative(10));
+}

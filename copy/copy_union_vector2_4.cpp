@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector2, Element::ushort_>;
+}
+
+class TestCase_copy_union_vector2_4 : public CopyCase<Vector2<cl_ushort>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector2_4() {
+  return RunTest<TestCase_copy_union_vector2_4>(
+      kernelSource, "Running test copy_union_vector2_4...", Cumulative(10));
+}

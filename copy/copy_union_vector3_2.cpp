@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector3, Element::uint_>;
+}
+
+class TestCase_copy_union_vector3_2 : public CopyCase<Vector3<cl_uint>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector3_2() {
+  return RunTest<TestCase_copy_union_vector3_2>(
+      kernelSource, "Running test copy_union_vector3_2...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector3, Element::ushort_>;
+}
+
+class TestCase_copy_union_vector3_4 : public CopyCase<Vector3<cl_ushort>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector3_4() {
+  return RunTest<TestCase_copy_union_vector3_4>(
+      kernelSource, "Running test copy_union_vector3_4...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector3, Element::uchar_>;
+}
+
+class TestCase_copy_union_vector3_6 : public CopyCase<Vector3<cl_uchar>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector3_6() {
+  return RunTest<TestCase_copy_union_vector3_6>(
+      kernelSource, "Running test copy_union_vector3_6...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector4, Element::uchar_>;
+}
+
+class TestCase_copy_union_vector4_6 : public CopyCase<Vector4<cl_uchar>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector4_6() {
+  return RunTest<TestCase_copy_union_vector4_6>(
+      kernelSource, "Running test copy_union_vector4_6...", Cumulative(10));
+}

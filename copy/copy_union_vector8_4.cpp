@@ -1,0 +1,22 @@
+#include "copy/copy_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::copy, Shape::vector8, Element::ushort_>;
+}
+
+class TestCase_copy_union_vector8_4 : public CopyCase<Vector8<cl_ushort>> {
+ public:
+  using CopyCase::CopyCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_copy_union_vector8_4() {
+  return RunTest<TestCase_copy_union_vector8_4>(
+      kernelSource, "Running test copy_union_vector8_4...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::arrays, Element::char_>;
+}
+
+class TestCase_floor_union_arrays_5 : public FloorCase<Arrays<cl_char>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("  c:");
+  }
+};
+
+int RunTest_floor_union_arrays_5() {
+  return RunTest<TestCase_floor_union_arrays_5>(
+      kernelSource, "Running test floor_union_arrays_5...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::scalar, Element::uint_>;
+}
+
+class TestCase_floor_union_scalar_2 : public FloorCase<Scalar<cl_uint>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("  c:");
+  }
+};
+
+int RunTest_floor_union_scalar_2() {
+  return RunTest<TestCase_floor_union_scalar_2>(
+      kernelSource, "Running test floor_union_scalar_2...", Cumulative(10));
+}

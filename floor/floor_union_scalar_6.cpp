@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::scalar, Element::uchar_>;
+}
+
+class TestCase_floor_union_scalar_6 : public FloorCase<Scalar<cl_uchar>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckEveryLane("  c:");
+  }
+};
+
+int RunTest_floor_union_scalar_6() {
+  return RunTest<TestCase_floor_union_scalar_6>(
+      kernelSource, "Running test floor_union_scalar_6...", Cumulative(10));
+}

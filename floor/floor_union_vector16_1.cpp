@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::vector16, Element::int_>;
+}
+
+class TestCase_floor_union_vector16_1 : public FloorCase<Vector16<cl_int>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_floor_union_vector16_1() {
+  return RunTest<TestCase_floor_union_vector16_1>(
+      kernelSource, "Running test floor_union_vector16_1...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::vector2, Element::uint_>;
+}
+
+class TestCase_floor_union_vector2_2 : public FloorCase<Vector2<cl_uint>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_floor_union_vector2_2() {
+  return RunTest<TestCase_floor_union_vector2_2>(
+      kernelSource, "Running test floor_union_vector2_2...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::vector2, Element::ushort_>;
+}
+
+class TestCase_floor_union_vector2_4 : public FloorCase<Vector2<cl_ushort>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_floor_union_vector2_4() {
+  return RunTest<TestCase_floor_union_vector2_4>(
+      kernelSource, "Running test floor_union_vector2_4...", Cumulative(10));
+}

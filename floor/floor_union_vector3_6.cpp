@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::vector3, Element::uchar_>;
+}
+
+class TestCase_floor_union_vector3_6 : public FloorCase<Vector3<cl_uchar>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_floor_union_vector3_6() {
+  return RunTest<TestCase_floor_union_vector3_6>(
+      kernelSource, "Running test floor_union_vector3_6...", Cumulative(10));
+}

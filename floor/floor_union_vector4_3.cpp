@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::vector4, Element::short_>;
+}
+
+class TestCase_floor_union_vector4_3 : public FloorCase<Vector4<cl_short>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_floor_union_vector4_3() {
+  return RunTest<TestCase_floor_union_vector4_3>(
+      kernelSource, "Running test floor_union_vector4_3...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::vector4, Element::char_>;
+}
+
+class TestCase_floor_union_vector4_5 : public FloorCase<Vector4<cl_char>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_floor_union_vector4_5() {
+  return RunTest<TestCase_floor_union_vector4_5>(
+      kernelSource, "Running test floor_union_vector4_5...", Cumulative(10));
+}

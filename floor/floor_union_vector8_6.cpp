@@ -1,0 +1,22 @@
+#include "floor/floor_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::floor, Shape::vector8, Element::uchar_>;
+}
+
+class TestCase_floor_union_vector8_6 : public FloorCase<Vector8<cl_uchar>> {
+ public:
+  using FloorCase::FloorCase;
+
+  bool Run() override {
+    Fill();
+    Reference();
+    RoundTrip();
+    return CheckAnyLane("c:");
+  }
+};
+
+int RunTest_floor_union_vector8_6() {
+  return RunTest<TestCase_floor_union_vector8_6>(
+      kernelSource, "Running test floor_union_vector8_6...", Cumulative(10));
+}

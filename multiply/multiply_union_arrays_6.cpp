@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::arrays, Element::uchar_>;
+}
+
+class TestCase_multiply_union_arrays_6 : public MultiplyCase<Arrays<cl_uchar>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_arrays_6() {
+  return RunTest<TestCase_multiply_union_arrays_6>(
+      kernelSource, "Running test multiply_union_arrays_6..", Cumulative(10));
+}

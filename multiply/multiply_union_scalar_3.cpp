@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::scalar, Element::short_>;
+}
+
+class TestCase_multiply_union_scalar_3 : public MultiplyCase<Scalar<cl_short>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(Unflushed);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_scalar_3() {
+  return RunTest<TestCase_multiply_union_scalar_3>(
+      kernelSource, "Running test multiply_union_scalar_3...", Cumulative(10));
+}

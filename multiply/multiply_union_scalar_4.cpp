@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::scalar, Element::ushort_>;
+}
+
+class TestCase_multiply_union_scalar_4 : public MultiplyCase<Scalar<cl_ushort>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(Unflushed);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_scalar_4() {
+  return RunTest<TestCase_multiply_union_scalar_4>(
+      kernelSource, "Running test multiply_union_scalar_4...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::scalar, Element::char_>;
+}
+
+class TestCase_multiply_union_scalar_5 : public MultiplyCase<Scalar<cl_char>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(Unflushed);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_scalar_5() {
+  return RunTest<TestCase_multiply_union_scalar_5>(
+      kernelSource, "Running test multiply_union_scalar_5...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector16, Element::uchar_>;
+}
+
+class TestCase_multiply_union_vector16_6 : public MultiplyCase<Vector16<cl_uchar>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_vector16_6() {
+  return RunTest<TestCase_multiply_union_vector16_6>(
+      kernelSource, "Running test multiply_union_vector16_6...", Cumulative(10));
+}

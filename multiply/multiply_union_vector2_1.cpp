@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector2, Element::int_>;
+}
+
+class TestCase_multiply_union_vector2_1 : public MultiplyCase<Vector2<cl_int>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_vector2_1() {
+  return RunTest<TestCase_multiply_union_vector2_1>(
+      kernelSource, "Running test multiply_union_vector2_1...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, Element::uint_>;
+}
+
+class TestCase_multiply_union_vector3_2 : public MultiplyCase<Vector3<cl_uint>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_vector3_2() {
+  return RunTest<TestCase_multiply_union_vector3_2>(
+      kernelSource, "Running test multiply_union_vector3_2...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, Element::char_>;
+}
+
+class TestCase_multiply_union_vector3_5 : public MultiplyCase<Vector3<cl_char>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_vector3_5() {
+  return RunTest<TestCase_multiply_union_vector3_5>(
+      kernelSource, "Running test multiply_union_vector3_5...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, Element::uint_>;
+}
+
+class TestCase_multiply_union_vector4_2 : public MultiplyCase<Vector4<cl_uint>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_vector4_2() {
+  return RunTest<TestCase_multiply_union_vector4_2>(
+      kernelSource, "Running test multiply_union_vector4_2...", Cumulative(10));
+}

@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, Element::short_>;
+}
+
+class TestCase_multiply_union_vector4_3 : public MultiplyCase<Vector4<cl_short>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_vector4_3() {
+  return RunTest<TestCase_multiply_union_vector4_3>(
+      kernelSource, "Running test multiply_union_vector4_3...", Cumulative(10));
+}

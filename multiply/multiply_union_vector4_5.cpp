@@ -1,0 +1,22 @@
+#include "multiply/multiply_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, Element::char_>;
+}
+
+class TestCase_multiply_union_vector4_5 : public MultiplyCase<Vector4<cl_char>> {
+ public:
+  using MultiplyCase::MultiplyCase;
+
+  bool Run() override {
+    Fill();
+    Reference(FlushDenormal);
+    RoundTrip();
+    return CheckUlps(2);
+  }
+};
+
+int RunTest_multiply_union_vector4_5() {
+  return RunTest<TestCase_multiply_union_vector4_5>(
+      kernelSource, "Running test multiply_union_vector4_5...", Cumulative(10));
+}

@@ -1,0 +1,23 @@
+#include "power/power_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::power, Shape::arrays, Element::uchar_>;
+}
+
+class TestCase_power_union_arrays_6 : public PowerCase<Arrays<cl_uchar>> {
+ public:
+  using PowerCase::PowerCase;
+
+  bool Run() override {
+    Fill();
+    Reference(LaneIndex);
+    RoundTrip();
+    return Check(
+        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+  }
+};
+
+int RunTest_power_union_arrays_6() {
+  return RunTest<TestCase_power_union_arrays_6>(
+      kernelSource, "Running test power_union_arrays_6...", PerRepetition(10));
+}

@@ -1,0 +1,23 @@
+#include "power/power_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::power, Shape::scalar, Element::char_>;
+}
+
+class TestCase_power_union_scalar_5 : public PowerCase<Scalar<cl_char>> {
+ public:
+  using PowerCase::PowerCase;
+
+  bool Run() override {
+    FillRepeatedly(4);
+    Reference(ElementIndex);
+    RoundTrip();
+    return Check(
+        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+  }
+};
+
+int RunTest_power_union_scalar_5() {
+  return RunTest<TestCase_power_union_scalar_5>(
+      kernelSource, "Running test power_union_scalar_5...", PerRepetition(10));
+}

@@ -1,0 +1,23 @@
+#include "power/power_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::power, Shape::scalar, Element::uchar_>;
+}
+
+class TestCase_power_union_scalar_6 : public PowerCase<Scalar<cl_uchar>> {
+ public:
+  using PowerCase::PowerCase;
+
+  bool Run() override {
+    FillRepeatedly(4);
+    Reference(ElementIndex);
+    RoundTrip();
+    return Check(
+        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+  }
+};
+
+int RunTest_power_union_scalar_6() {
+  return RunTest<TestCase_power_union_scalar_6>(
+      kernelSource, "Running test power_union_scalar_6...", PerRepetition(10));
+}

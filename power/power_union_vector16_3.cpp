@@ -1,0 +1,23 @@
+#include "power/power_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::power, Shape::vector16, Element::short_>;
+}
+
+class TestCase_power_union_vector16_3 : public PowerCase<Vector16<cl_short>> {
+ public:
+  using PowerCase::PowerCase;
+
+  bool Run() override {
+    Fill();
+    Reference(ElementIndex);
+    RoundTrip();
+    return Check(
+        {.ulpTolerance = 256, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+  }
+};
+
+int RunTest_power_union_vector16_3() {
+  return RunTest<TestCase_power_union_vector16_3>(
+      kernelSource, "Running test power_union_vector16_3...", PerRepetition(10));
+}

@@ -1,0 +1,23 @@
+#include "power/power_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::power, Shape::vector2, Element::uint_>;
+}
+
+class TestCase_power_union_vector2_2 : public PowerCase<Vector2<cl_uint>> {
+ public:
+  using PowerCase::PowerCase;
+
+  bool Run() override {
+    Fill();
+    Reference(ElementIndex);
+    RoundTrip();
+    return Check(
+        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+  }
+};
+
+int RunTest_power_union_vector2_2() {
+  return RunTest<TestCase_power_union_vector2_2>(
+      kernelSource, "Running test power_union_vector2_2...", PerRepetition(10));
+}

@@ -1,0 +1,23 @@
+#include "power/power_case.h"
+
+namespace {
+const char* kernelSource = KernelText<Operation::power, Shape::vector8, Element::char_>;
+}
+
+class TestCase_power_union_vector8_5 : public PowerCase<Vector8<cl_char>> {
+ public:
+  using PowerCase::PowerCase;
+
+  bool Run() override {
+    Fill();
+    Reference(ElementIndex);
+    RoundTrip();
+    return Check(
+        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x:", .yLabel = "  y:"});
+  }
+};
+
+int RunTest_power_union_vector8_5() {
+  return RunTest<TestCase_power_union_vector8_5>(
+      kernelSource, "Running test power_union_vector8_5...", PerRepetition(10));
+}
