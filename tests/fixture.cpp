@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "tests/host_arrays.h"
+
 namespace {
 
 // Collects what a stream writes, and looks at the machine when the text "ERROR: " arrives.
@@ -50,7 +52,11 @@ Outcome SuiteTest::Collect(int (*function)()) {
   {
     const Redirection toOut(std::cout, out);
     const Redirection toErr(std::cerr, err);
+    const int drawsBefore = Draws();
+    const int arraysBefore = LiveHostArrays();
     outcome.result = function();
+    outcome.draws = Draws() - drawsBefore;
+    outcome.hostArrays = LiveHostArrays() - arraysBefore;
   }
   outcome.out = out.str();
   outcome.err = err.str();

@@ -11,13 +11,14 @@
 #include "tests/scripted_opencl.h"
 #include "tests/scripted_rand.h"
 
-/// What a call left on the two output streams, and how many OpenCL objects were alive when it first
-/// wrote an "ERROR: " line (-1 if it wrote none).
+/// What a call returned, wrote, drew and left behind.
 struct Outcome {
   int result = -1;
   std::string out;
   std::string err;
-  int aliveAtError = -1;
+  int draws = 0;
+  int hostArrays = 0;     // from new[], not freed
+  int aliveAtError = -1;  // OpenCL objects when it first wrote "ERROR: "; -1 if it did not
 };
 
 /// A fresh machine, the random numbers from their start, and the host rounding to nearest.

@@ -16,25 +16,6 @@ namespace {
 
 class Matrix : public SuiteTest {};
 
-int Repetitions(const Row& row) { return row.name == "power_union_vector3_4" ? 9 : 10; }
-
-int Runs(const Row& row) {
-  static const std::set<std::string> once = {"copy_union_scalar_1", "copy_union_scalar_3",
-                                             "copy_union_scalar_4", "copy_union_scalar_5",
-                                             "copy_union_scalar_6"};
-  return once.contains(row.name) ? 1 : Repetitions(row);
-}
-
-int DrawsPerRun(const Row& row) {
-  if (row.operation == "power" && row.shape == "scalar") return 80;
-  return 10 * row.lanes * (row.twoInputs ? 4 : 2);
-}
-
-std::string Announcement(const Row& row) {
-  const bool twoDots = row.operation == "multiply" && row.shape == "arrays";
-  return "Running test " + row.name + (twoDots ? ".." : "...");
-}
-
 int CheckedElements(const Row& row) { return row.name == "power_union_vector3_3" ? 9 : 10; }
 
 bool AnyLaneSuffices(const Row& row) {
@@ -64,7 +45,7 @@ TEST_F(Matrix, EveryRowAcceptsARightDevice) {
       const int drawsBefore = Draws();
       const Outcome outcome = Collect(row.run);
       std::fesetround(FE_TONEAREST);
-      EXPECT_EQ(outcome.out, Lines(Announcement(row), Words(Repetitions(row), "PASSED")));
+      EXPECT_EQ(outcome.out, Lines(Announcement(row), Words(RunLines(row), "PASSED")));
       EXPECT_EQ(outcome.err, "");
       EXPECT_EQ(outcome.result, 1);
       EXPECT_EQ(Draws() - drawsBefore, DrawsPerRun(row) * Runs(row));
@@ -145,7 +126,7 @@ TEST_F(Matrix, EveryRowWritesTheLineOfTheFirstMismatch) {
     const bool eachForItself = row.operation == "power";
     const std::string behind = eachForItself ? "PASSED" : "FAILED!";
     std::string rest;
-    for (int repetition = 2; repetition <= Repetitions(row); ++repetition)
+    for (int repetition = 2; repetition <= RunLines(row); ++repetition)
       rest += "RUN " + std::to_string(repetition) + ": " + behind + "\n";
     EXPECT_EQ(outcome.out.substr(start.size()), rest);
   }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <map>
+#include <set>
 #include <stdexcept>
 
 #include "harness/rows.h"
@@ -152,6 +153,25 @@ const Row& RowNamed(const std::string& name) {
     if (row.name == name) return row;
   }
   throw std::invalid_argument("no row " + name);
+}
+
+int RunLines(const Row& row) { return row.name == "power_union_vector3_4" ? 9 : 10; }
+
+int Runs(const Row& row) {
+  static const std::set<std::string> once = {"copy_union_scalar_1", "copy_union_scalar_3",
+                                             "copy_union_scalar_4", "copy_union_scalar_5",
+                                             "copy_union_scalar_6"};
+  return once.contains(row.name) ? 1 : RunLines(row);
+}
+
+int DrawsPerRun(const Row& row) {
+  if (row.operation == "power" && row.shape == "scalar") return 80;
+  return 10 * row.lanes * (row.twoInputs ? 4 : 2);
+}
+
+std::string Announcement(const Row& row) {
+  const bool twoDots = row.operation == "multiply" && row.shape == "arrays";
+  return "Running test " + row.name + (twoDots ? ".." : "...");
 }
 
 std::uint32_t Tolerance(const Row& row) {

@@ -29,6 +29,17 @@ const std::vector<Row>& Rows();
 /// The row of that name.
 const Row& RowNamed(const std::string& name);
 
+/// The RUN lines of the row.
+int RunLines(const Row& row);
+
+/// How often it really runs for them.
+int Runs(const Row& row);
+
+int DrawsPerRun(const Row& row);
+
+/// The line that names the row.
+std::string Announcement(const Row& row);
+
 /// The row's tolerance in units in the last place; 0 where the check is exact.
 std::uint32_t Tolerance(const Row& row);
 
