@@ -62,11 +62,13 @@ TEST_F(Driver, RunsTheScheduleInItsOrder) {
 
   // The matrix without power, in the order of its operations.
   std::vector<std::string> expected;
-  for (const std::string operation : {"add", "copy", "floor", "multiply"}) {
-    for (const std::string shape :
+  for (const char* operation : {"add", "copy", "floor", "multiply"}) {
+    for (const char* shape :
          {"arrays", "scalar", "vector16", "vector2", "vector3", "vector4", "vector8"}) {
       for (int variant = 1; variant <= 6; ++variant)
-        expected.push_back(operation + "_union_" + shape + "_" + std::to_string(variant));
+        expected.push_back(
+            std::string(operation).append("_union_").append(shape).append("_").append(
+                std::to_string(variant)));
     }
   }
   std::vector<std::string> order;
@@ -82,7 +84,7 @@ TEST_F(Driver, RunsTheScheduleInItsOrder) {
   // Ten repetitions of ten elements: 38 lanes a variant, with four draws in add and multiply and
   // two in copy and floor; the five copy rows that run once leave out nine times 20 draws each.
   EXPECT_EQ(Draws(), 100 * 6 * 38 * (4 + 2 + 2 + 4) - 5 * 180);
-  EXPECT_EQ(Machine().Alive(), 0);
+  EXPECT_EQ(LiveObjects(), 0);
 }
 
 TEST_F(Driver, CountsWhatTheRunnersReturn) {

@@ -34,7 +34,7 @@ Device DeviceWith(const Row& row, bool mismatch) {
 void Check(const Row& row, bool mismatch, const std::vector<std::string>& calls, std::size_t failed,
            const Outcome& good, const Outcome& outcome) {
   const std::string name = EntryPoint(calls[failed]);
-  EXPECT_EQ(Machine().Alive(), 0);
+  EXPECT_EQ(LiveObjects(), 0);
   if (name.starts_with("clRelease")) {
     EXPECT_EQ(outcome.out, good.out);
     EXPECT_EQ(outcome.err, "");
@@ -126,7 +126,7 @@ TEST_F(FailingCalls, FaultsInSeveralTestsOfOneRun) {
             std::string::npos);
   // The tests that were cut short drew less: ten repetitions of 160 each twice, and five of 40.
   EXPECT_EQ(good.draws - outcome.draws, 2 * 1600 + 5 * 40);
-  EXPECT_EQ(Machine().Alive(), 0);
+  EXPECT_EQ(LiveObjects(), 0);
 }
 
 }  // namespace

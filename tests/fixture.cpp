@@ -15,7 +15,7 @@ class Collector : public std::stringbuf {
   std::streamsize xsputn(const char* text, std::streamsize size) override {
     if (std::string_view(text, static_cast<std::size_t>(size)).starts_with("ERROR: ") &&
         aliveAtError < 0) {
-      aliveAtError = Machine().Alive();
+      aliveAtError = LiveObjects();
     }
     return std::stringbuf::xsputn(text, size);
   }

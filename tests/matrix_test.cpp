@@ -49,7 +49,7 @@ TEST_F(Matrix, EveryRowAcceptsARightDevice) {
       EXPECT_EQ(outcome.err, "");
       EXPECT_EQ(outcome.result, 1);
       EXPECT_EQ(Draws() - drawsBefore, DrawsPerRun(row) * Runs(row));
-      EXPECT_EQ(Machine().Alive(), 0);
+      EXPECT_EQ(LiveObjects(), 0);
       ASSERT_EQ(Machine().launches.size(), static_cast<std::size_t>(Runs(row)));
       EXPECT_EQ(Machine().launches[0].kernel, kernels.at(row.operation));
       EXPECT_EQ(Machine().launches[0].globalSize, 256U);
@@ -270,7 +270,7 @@ TEST_F(Matrix, TheHostsRoundingModeDecidesTheReference) {
       ResetRand();
       ScriptRand({draw}, 10 * DrawsPerRun(row));
       std::fesetround(mode);
-      Machine().device = DeviceFor(row, [&](int, int, int, float) { return expected; });
+      Machine().device = DeviceFor(row, [d = expected](int, int, int, float) { return d; });
       EXPECT_EQ(Collect(row.run).result, 1) << name << ", " << mode;
       std::fesetround(FE_TONEAREST);
     }

@@ -44,6 +44,8 @@ void Measure(std::span<const std::byte> results) {
 
 }  // namespace
 
+// The linker gives these names.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 decltype(clEnqueueWriteBuffer) __real_clEnqueueWriteBuffer, __wrap_clEnqueueWriteBuffer;
 decltype(clEnqueueReadBuffer) __real_clEnqueueReadBuffer, __wrap_clEnqueueReadBuffer;
@@ -65,6 +67,7 @@ cl_int __wrap_clEnqueueReadBuffer(cl_command_queue queue, cl_mem buffer, cl_bool
   return code;
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 

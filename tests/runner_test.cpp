@@ -14,7 +14,7 @@ class Runner : public SuiteTest {
   Runner() { Machine().device = DeviceFor(row); }
 
   // Device results that are wrong in these launches, in one lane of one element.
-  static void SpoilLaunches(std::vector<int> launches) {
+  static void SpoilLaunches(const std::vector<int>& launches) {
     Machine().device = DeviceFor(row, [launches](int launch, int element, int lane, float right) {
       const bool spoil = element == 4 && lane == 2 &&
                          std::find(launches.begin(), launches.end(), launch) != launches.end();
@@ -57,7 +57,7 @@ TEST_F(Runner, MakesTheseCallsInThisOrder) {
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.result, 1);
   EXPECT_EQ(Draws(), 1600);
-  EXPECT_EQ(Machine().Alive(), 0);
+  EXPECT_EQ(LiveObjects(), 0);
 }
 
 TEST_F(Runner, ReleasesLastMadeFirst) {
@@ -164,7 +164,7 @@ TEST_F(Runner, WithoutATextTheTestFailsOnceTheDevicesAreKnown) {
   EXPECT_EQ(outcome.err, "OpenCL program not found.\n");
   EXPECT_EQ(Machine().Count("clGetContextInfo"), 2);
   EXPECT_EQ(Machine().Count("clCreateProgramWithSource"), 0);
-  EXPECT_EQ(Machine().Alive(), 0);
+  EXPECT_EQ(LiveObjects(), 0);
 }
 
 TEST_F(Runner, AFailingBuildWritesTheLogOfEachDevice) {
@@ -189,7 +189,7 @@ TEST_F(Runner, AFailingLogQueryTakesTheBuildErrorsPlace) {
   const Outcome outcome = Collect(RunTest_add_union_arrays_1);
   EXPECT_EQ(outcome.result, 1);
   EXPECT_EQ(outcome.err, "first\n\nERROR: clGetProgramBuildInfo(-5)\n");
-  EXPECT_EQ(Machine().Alive(), 0);
+  EXPECT_EQ(LiveObjects(), 0);
 }
 
 TEST_F(Runner, BuildsForAllDevicesAndRunsOnTheFirst) {
@@ -237,7 +237,7 @@ TEST_F(Runner, AFailingCallEndsTheTestWithTheResultItHad) {
     const auto lines = std::count(outcome.out.begin(), outcome.out.end(), '\n');
     EXPECT_EQ(lines, 1 + runLines + static_cast<int>(spoiled.size()));
     EXPECT_EQ(outcome.aliveAtError, 0);
-    EXPECT_EQ(Machine().Alive(), 0);
+    EXPECT_EQ(LiveObjects(), 0);
   }
 }
 
@@ -258,7 +258,7 @@ TEST_F(Runner, AFailingReleaseIsNobodysError) {
 TEST_F(Runner, AnyOtherExceptionPassesThrough) {
   Machine().device = [](const Launch&) { throw std::bad_alloc(); };
   EXPECT_THROW(Collect(RunTest_add_union_arrays_1), std::bad_alloc);
-  EXPECT_EQ(Machine().Alive(), 0);
+  EXPECT_EQ(LiveObjects(), 0);
 }
 
 }  // namespace

@@ -68,5 +68,8 @@ class ScriptedOpenCl {
 /// The machine that the entry points act on.
 ScriptedOpenCl& Machine();
 
+/// The references to OpenCL objects, of all kinds together, that nobody has released.
+int LiveObjects();
+
 /// Puts a fresh machine in the old one's place. Objects of the old one are gone.
 void ResetMachine();

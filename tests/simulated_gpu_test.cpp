@@ -5,10 +5,12 @@
 #include <CL/cl.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cfenv>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -118,15 +120,18 @@ TEST_F(SimulatedGpu, TakesDenormalsAsZeroAndFlushesThemUnlessItKeepsThem) {
 }
 
 TEST_F(SimulatedGpu, LeavesTheHostItsRandomNumbers) {
-  srandom(1);
+  const auto draw = [](std::vector<int>& numbers, int count) {
+    std::generate_n(std::back_inserter(numbers), count, [] { return std::rand(); });
+  };
   std::vector<int> undisturbed;
-  for (int i = 0; i < 100; ++i) undisturbed.push_back(std::rand());
-
   srandom(1);
+  draw(undisturbed, 100);
+
   std::vector<int> numbers;
-  for (int i = 0; i < 40; ++i) numbers.push_back(std::rand());
+  srandom(1);
+  draw(numbers, 40);
   Build();
-  for (int i = 0; i < 30; ++i) numbers.push_back(std::rand());
+  draw(numbers, 30);
   Check(clCompileProgram(program, 1, &device, nullptr, 0, nullptr, nullptr, nullptr, nullptr));
   cl_int code = CL_SUCCESS;
   cl_program linked =
@@ -135,7 +140,7 @@ TEST_F(SimulatedGpu, LeavesTheHostItsRandomNumbers) {
   clReleaseProgram(linked);
   Build();
   Run("twice", {0x3F800000}, true);
-  for (int i = 0; i < 30; ++i) numbers.push_back(std::rand());
+  draw(numbers, 30);
   EXPECT_EQ(numbers, undisturbed);
 }
 

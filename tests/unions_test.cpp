@@ -53,12 +53,13 @@ static_assert(HoldsForAllShapes<cl_uchar, 1>() && std::is_unsigned_v<cl_uchar>);
 // Stores through one member must show through the other whatever the compiler makes of types, in
 // the form in which the rows store: lane by lane, with values that only the run knows.
 TEST(Unions, StoresThroughOneMemberShowThroughTheOther) {
-  volatile int draws[] = {0x11223344, 1234567, 0x0A0B0C0D, 1000, 0x1A2B3C4D, 5, 0x31323334, 7};
+  volatile int draws[4][2] = {
+      {0x11223344, 1234567}, {0x0A0B0C0D, 1000}, {0x1A2B3C4D, 5}, {0x31323334, 7}};
   auto* unions = new Arrays<cl_short>::InputA[2];
   for (int i = 0; i < 2; ++i) {
     for (int j = 0; j < 4; ++j) {
-      unions[i].a[j] = static_cast<cl_short>(draws[2 * j]);
-      unions[i].h[j] = static_cast<float>(draws[2 * j + 1]);
+      unions[i].a[j] = static_cast<cl_short>(draws[j][0]);
+      unions[i].h[j] = static_cast<float>(draws[j][1]);
     }
   }
   const unsigned char expected[16] = {0x38, 0xB4, 0x0D, 0x0C, 0x4D, 0x3C, 0x34, 0x33,
