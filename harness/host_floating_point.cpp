@@ -1,6 +1,8 @@
 #include "harness/host_floating_point.h"
 
 #include <cfenv>
+#include <cfloat>
+#include <cmath>
 #include <cstdlib>
 
 namespace {
@@ -32,3 +34,5 @@ int SetHostRounding(int mode, int dataType) {
 }
 
 int ForceFlushToZero() { return 0; }
+
+float FlushDenormal(float x) { return std::fabs(x) < FLT_MIN ? 0.0F : x; }

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cfloat>
-#include <cmath>
-
 /// Sets the host's rounding mode and returns the one that was in force, as a mode code from 1 to 4.
 /// `mode`, from 0 to 4 and not validated: 0 the default of the data type, 1 to nearest, 2 upward,
 /// 3 downward, 4 toward zero. The default is to nearest for a `dataType` of 6 or 7, else toward
@@ -16,7 +13,7 @@ int ForceFlushToZero();
 
 /// Positive zero for a magnitude below FLT_MIN, a negative denormal's too; else `x`, a NaN or an
 /// infinity unchanged. This is what a device without denormals makes of an operand.
-inline float FlushDenormal(float x) { return std::fabs(x) < FLT_MIN ? 0.0F : x; }
+float FlushDenormal(float x);
 
 /// The operand as it is, for the rows whose float operand cannot be denormal.
 inline float Unflushed(float x) { return x; }

@@ -26,14 +26,14 @@ class OneInputCase : public TestCase {
 
   /// Setup for the kernel `name`.
   void SetupKernel(const char* name) {
-    kernel_ = CreateKernel(name);
+    CreateKernel(kernel_, name);
     localSize_ = 256;
     globalSize_ = RoundUp(numElements_, localSize_);
     inputA_ = new InputA[globalSize_];
     deviceResult_ = new Result[globalSize_];
     reference_ = new Result[static_cast<std::size_t>(numElements_)];
-    bufferA_ = CreateBuffer(CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
-    bufferResult_ = CreateBuffer(CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
+    CreateBuffer(bufferA_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
+    CreateBuffer(bufferResult_, CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
     SetArguments(kernel_, {&bufferA_, &bufferResult_}, numElements_);
   }
 
@@ -94,9 +94,9 @@ class OneInputCase : public TestCase {
   InputA* inputA_ = nullptr;
   Result* deviceResult_ = nullptr;
   Result* reference_ = nullptr;
-  cl::Kernel kernel_;
-  cl::Buffer bufferA_;
-  cl::Buffer bufferResult_;
+  Held<cl::Kernel> kernel_;
+  Held<cl::Buffer> bufferA_;
+  Held<cl::Buffer> bufferResult_;
   std::size_t globalSize_ = 0;
   std::size_t localSize_ = 0;
 };

@@ -3,6 +3,8 @@
 #include <cstring>
 #include <iostream>
 
+#include "harness/opencl.h"
+
 namespace {
 
 // The bindings' own build also asks for program information and for logs after a good build; a

@@ -3,10 +3,14 @@
 #include <cmath>
 #include <iostream>
 
-cl::Kernel TestCase::CreateKernel(const char* name) const { return {program_, name}; }
+#include "harness/opencl.h"
 
-cl::Buffer TestCase::CreateBuffer(cl_mem_flags flags, std::size_t size) const {
-  return {context_, flags, size};
+void TestCase::CreateKernel(Held<cl::Kernel>& kernel, const char* name) const {
+  *kernel = cl::Kernel(*program_, name);
+}
+
+void TestCase::CreateBuffer(Held<cl::Buffer>& buffer, cl_mem_flags flags, std::size_t size) const {
+  *buffer = cl::Buffer(*context_, flags, size);
 }
 
 std::size_t TestCase::RoundUp(int numElements, std::size_t localSize) {
@@ -15,21 +19,22 @@ std::size_t TestCase::RoundUp(int numElements, std::size_t localSize) {
                                   size);
 }
 
-void TestCase::SetArguments(cl::Kernel& kernel, std::initializer_list<const cl::Buffer*> buffers,
+void TestCase::SetArguments(Held<cl::Kernel>& kernel,
+                            std::initializer_list<const Held<cl::Buffer>*> buffers,
                             int numElements) {
   cl_uint index = 0;
-  for (const cl::Buffer* buffer : buffers) kernel.setArg(index++, *buffer);
-  kernel.setArg(index, cl_int{numElements});
+  for (const Held<cl::Buffer>* buffer : buffers) (*kernel).setArg(index++, **buffer);
+  (*kernel).setArg(index, cl_int{numElements});
 }
 
-void TestCase::DeviceRoundTrip(std::initializer_list<Write> writes, const cl::Kernel& kernel,
-                               std::size_t globalSize, const cl::Buffer& result, void* destination,
-                               std::size_t size) const {
-  const cl::CommandQueue queue(context_, devices_->front(), cl_command_queue_properties{0});
+void TestCase::DeviceRoundTrip(std::initializer_list<Write> writes, const Held<cl::Kernel>& kernel,
+                               std::size_t globalSize, const Held<cl::Buffer>& result,
+                               void* destination, std::size_t size) const {
+  const cl::CommandQueue queue(*context_, devices_->front(), cl_command_queue_properties{0});
   for (const Write& write : writes)
-    queue.enqueueWriteBuffer(write.buffer, CL_FALSE, 0, size, write.source);
-  queue.enqueueNDRangeKernel(kernel, cl::NullRange, cl::NDRange(globalSize), cl::NullRange);
-  queue.enqueueReadBuffer(result, CL_TRUE, 0, size, destination);
+    queue.enqueueWriteBuffer(*write.buffer, CL_FALSE, 0, size, write.source);
+  queue.enqueueNDRangeKernel(*kernel, cl::NullRange, cl::NDRange(globalSize), cl::NullRange);
+  queue.enqueueReadBuffer(*result, CL_TRUE, 0, size, destination);
 }
 
 bool TestCase::Mismatch(const char* label, float c, float d) {

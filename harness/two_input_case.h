@@ -30,16 +30,16 @@ class TwoInputCase : public TestCase {
 
   /// Setup for the kernel `name`.
   void SetupKernel(const char* name) {
-    kernel_ = CreateKernel(name);
+    CreateKernel(kernel_, name);
     localSize_ = 256;
     globalSize_ = RoundUp(numElements_, localSize_);
     inputA_ = new InputA[globalSize_];
     inputB_ = new InputB[globalSize_];
     deviceResult_ = new Result[globalSize_];
     reference_ = new Result[static_cast<std::size_t>(numElements_)];
-    bufferA_ = CreateBuffer(CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
-    bufferB_ = CreateBuffer(CL_MEM_READ_ONLY, globalSize_ * sizeof(InputB));
-    bufferResult_ = CreateBuffer(CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
+    CreateBuffer(bufferA_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
+    CreateBuffer(bufferB_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputB));
+    CreateBuffer(bufferResult_, CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
     SetArguments(kernel_, {&bufferA_, &bufferB_, &bufferResult_}, numElements_);
   }
 
@@ -91,10 +91,10 @@ class TwoInputCase : public TestCase {
   InputB* inputB_ = nullptr;
   Result* deviceResult_ = nullptr;
   Result* reference_ = nullptr;
-  cl::Kernel kernel_;
-  cl::Buffer bufferA_;
-  cl::Buffer bufferB_;
-  cl::Buffer bufferResult_;
+  Held<cl::Kernel> kernel_;
+  Held<cl::Buffer> bufferA_;
+  Held<cl::Buffer> bufferB_;
+  Held<cl::Buffer> bufferResult_;
   std::size_t globalSize_ = 0;
   std::size_t localSize_ = 0;
 };
