@@ -82,9 +82,12 @@ const std::map<std::string, const Row*>& RowsByText() {
   return rowsByText;
 }
 
-Device DeviceForAll() {
-  return
-      [&rows = RowsByText()](const Launch& launch) { DeviceFor (*rows.at(launch.source))(launch); };
+Device DeviceForAll(Denormals denormals) {
+  const auto& rows = RowsByText();
+  return [&rows, denormals](const Launch& launch) {
+    const Device device = DeviceFor(*rows.at(launch.source), denormals);
+    device(launch);
+  };
 }
 
 Device DeviceFor(const Row& row, Denormals denormals) {

@@ -19,7 +19,7 @@ Device DeviceFor(const Row& row,
                  const std::function<float(int launch, int element, int lane, float right)>& wrong);
 
 /// A device that knows every row by its text.
-Device DeviceForAll();
+Device DeviceForAll(Denormals denormals = Denormals::flushed);
 
 /// The rows by their kernel texts, taken from the programs that their runners create. Resets the
 /// machine when first called.

@@ -2,6 +2,9 @@
 
 #include "harness/driver.h"
 
+#include <fstream>
+#include <sstream>
+
 #include "tests/devices.h"
 #include "tests/fixture.h"
 
@@ -85,6 +88,21 @@ TEST_F(Driver, RunsTheScheduleInItsOrder) {
   // two in copy and floor; the five copy rows that run once leave out nine times 20 draws each.
   EXPECT_EQ(Draws(), 100 * 6 * 38 * (4 + 2 + 2 + 4) - 5 * 180);
   EXPECT_EQ(LiveObjects(), 0);
+}
+
+// A device that computes in another way than the simulated GPU, from the bytes alone, writes what
+// the simulated GPU writes.
+TEST_F(Driver, WritesTheGoldenFilesOnTheScriptedDeviceToo) {
+  for (const auto& [denormals, file] : {std::pair{Denormals::flushed, "denormals_flushed.txt"},
+                                        {Denormals::kept, "denormals_kept.txt"}}) {
+    RowsByText();
+    ResetMachine();
+    ResetRand();
+    Machine().device = DeviceForAll(denormals);
+    std::ostringstream golden;
+    golden << std::ifstream(std::string(GOLDEN_FILES "/") + file).rdbuf();
+    EXPECT_EQ(Collect(RunSuite).out, golden.str()) << file;
+  }
 }
 
 TEST_F(Driver, CountsWhatTheRunnersReturn) {
