@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::add, Shape::scalar, Element::uint_>;
-}
+constexpr char announcement[] = "Running test add_union_scalar_2...";
+}  // namespace
 
 class TestCase_add_union_scalar_2 : public AddCase<Scalar<cl_uint>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_add_union_scalar_2 : public AddCase<Scalar<cl_uint>> {
 };
 
 int RunTest_add_union_scalar_2() {
-  return RunTest<TestCase_add_union_scalar_2>(kernelSource, "Running test add_union_scalar_2...",
-                                              Cumulative(10));
+  return RunTest<TestCase_add_union_scalar_2>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::add, Shape::scalar, Element::short_>;
-}
+constexpr char announcement[] = "Running test add_union_scalar_3...";
+}  // namespace
 
 class TestCase_add_union_scalar_3 : public AddCase<Scalar<cl_short>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_add_union_scalar_3 : public AddCase<Scalar<cl_short>> {
 };
 
 int RunTest_add_union_scalar_3() {
-  return RunTest<TestCase_add_union_scalar_3>(kernelSource, "Running test add_union_scalar_3...",
-                                              Cumulative(10));
+  return RunTest<TestCase_add_union_scalar_3>(kernelSource, announcement, Cumulative(10));
 }

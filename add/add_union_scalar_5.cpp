@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::add, Shape::scalar, Element::char_>;
-}
+constexpr char announcement[] = "Running test add_union_scalar_5...";
+}  // namespace
 
 class TestCase_add_union_scalar_5 : public AddCase<Scalar<cl_char>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_add_union_scalar_5 : public AddCase<Scalar<cl_char>> {
 };
 
 int RunTest_add_union_scalar_5() {
-  return RunTest<TestCase_add_union_scalar_5>(kernelSource, "Running test add_union_scalar_5...",
-                                              Cumulative(10));
+  return RunTest<TestCase_add_union_scalar_5>(kernelSource, announcement, Cumulative(10));
 }

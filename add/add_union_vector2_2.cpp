@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::add, Shape::vector2, Element::uint_>;
-}
+constexpr char announcement[] = "Running test add_union_vector2_2...";
+}  // namespace
 
 class TestCase_add_union_vector2_2 : public AddCase<Vector2<cl_uint>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_add_union_vector2_2 : public AddCase<Vector2<cl_uint>> {
 };
 
 int RunTest_add_union_vector2_2() {
-  return RunTest<TestCase_add_union_vector2_2>(kernelSource, "Running test add_union_vector2_2...",
-                                               Cumulative(10));
+  return RunTest<TestCase_add_union_vector2_2>(kernelSource, announcement, Cumulative(10));
 }

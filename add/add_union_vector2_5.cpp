@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::add, Shape::vector2, Element::char_>;
-}
+constexpr char announcement[] = "Running test add_union_vector2_5...";
+}  // namespace
 
 class TestCase_add_union_vector2_5 : public AddCase<Vector2<cl_char>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_add_union_vector2_5 : public AddCase<Vector2<cl_char>> {
 };
 
 int RunTest_add_union_vector2_5() {
-  return RunTest<TestCase_add_union_vector2_5>(kernelSource, "Running test add_union_vector2_5...",
-                                               Cumulative(10));
+  return RunTest<TestCase_add_union_vector2_5>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::add, Shape::vector8, Element::int_>;
-}
+constexpr char announcement[] = "Running test add_union_vector8_1...";
+}  // namespace
 
 class TestCase_add_union_vector8_1 : public AddCase<Vector8<cl_int>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_add_union_vector8_1 : public AddCase<Vector8<cl_int>> {
 };
 
 int RunTest_add_union_vector8_1() {
-  return RunTest<TestCase_add_union_vector8_1>(kernelSource, "Running test add_union_vector8_1...",
-                                               Cumulative(10));
+  return RunTest<TestCase_add_union_vector8_1>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::int_>;
-}
+constexpr char announcement[] = "Running test copy_union_scalar_1...";
+}  // namespace
 
 class TestCase_copy_union_scalar_1 : public CopyCase<Scalar<cl_int>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_scalar_1 : public CopyCase<Scalar<cl_int>> {
 };
 
 int RunTest_copy_union_scalar_1() {
-  return RunTest<TestCase_copy_union_scalar_1>(kernelSource, "Running test copy_union_scalar_1...",
-                                               OneRun(10));
+  return RunTest<TestCase_copy_union_scalar_1>(kernelSource, announcement, OneRun(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test copy_union_scalar_4...";
+}  // namespace
 
 class TestCase_copy_union_scalar_4 : public CopyCase<Scalar<cl_ushort>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_scalar_4 : public CopyCase<Scalar<cl_ushort>> {
 };
 
 int RunTest_copy_union_scalar_4() {
-  return RunTest<TestCase_copy_union_scalar_4>(kernelSource, "Running test copy_union_scalar_4...",
-                                               OneRun(10));
+  return RunTest<TestCase_copy_union_scalar_4>(kernelSource, announcement, OneRun(10));
 }

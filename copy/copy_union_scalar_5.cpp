@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::char_>;
-}
+constexpr char announcement[] = "Running test copy_union_scalar_5...";
+}  // namespace
 
 class TestCase_copy_union_scalar_5 : public CopyCase<Scalar<cl_char>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_scalar_5 : public CopyCase<Scalar<cl_char>> {
 };
 
 int RunTest_copy_union_scalar_5() {
-  return RunTest<TestCase_copy_union_scalar_5>(kernelSource, "Running test copy_union_scalar_5...",
-                                               OneRun(10));
+  return RunTest<TestCase_copy_union_scalar_5>(kernelSource, announcement, OneRun(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::uchar_>;
-}
+constexpr char announcement[] = "Running test copy_union_scalar_6...";
+}  // namespace
 
 class TestCase_copy_union_scalar_6 : public CopyCase<Scalar<cl_uchar>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_scalar_6 : public CopyCase<Scalar<cl_uchar>> {
 };
 
 int RunTest_copy_union_scalar_6() {
-  return RunTest<TestCase_copy_union_scalar_6>(kernelSource, "Running test copy_union_scalar_6...",
-                                               OneRun(10));
+  return RunTest<TestCase_copy_union_scalar_6>(kernelSource, announcement, OneRun(10));
 }

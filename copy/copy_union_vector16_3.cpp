@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::vector16, Element::short_>;
-}
+constexpr char announcement[] = "Running test copy_union_vector16_3...";
+}  // namespace
 
 class TestCase_copy_union_vector16_3 : public CopyCase<Vector16<cl_short>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_vector16_3 : public CopyCase<Vector16<cl_short>> {
 };
 
 int RunTest_copy_union_vector16_3() {
-  return RunTest<TestCase_copy_union_vector16_3>(
-      kernelSource, "Running test copy_union_vector16_3...", Cumulative(10));
+  return RunTest<TestCase_copy_union_vector16_3>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::vector16, Element::uchar_>;
-}
+constexpr char announcement[] = "Running test copy_union_vector16_6...";
+}  // namespace
 
 class TestCase_copy_union_vector16_6 : public CopyCase<Vector16<cl_uchar>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_vector16_6 : public CopyCase<Vector16<cl_uchar>> {
 };
 
 int RunTest_copy_union_vector16_6() {
-  return RunTest<TestCase_copy_union_vector16_6>(
-      kernelSource, "Running test copy_union_vector16_6...", Cumulative(10));
+  return RunTest<TestCase_copy_union_vector16_6>(kernelSource, announcement, Cumulative(10));
 }

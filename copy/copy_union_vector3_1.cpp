@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::vector3, Element::int_>;
-}
+constexpr char announcement[] = "Running test copy_union_vector3_1...";
+}  // namespace
 
 class TestCase_copy_union_vector3_1 : public CopyCase<Vector3<cl_int>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_vector3_1 : public CopyCase<Vector3<cl_int>> {
 };
 
 int RunTest_copy_union_vector3_1() {
-  return RunTest<TestCase_copy_union_vector3_1>(
-      kernelSource, "Running test copy_union_vector3_1...", Cumulative(10));
+  return RunTest<TestCase_copy_union_vector3_1>(kernelSource, announcement, Cumulative(10));
 }

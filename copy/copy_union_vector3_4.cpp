@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::copy, Shape::vector3, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test copy_union_vector3_4...";
+}  // namespace
 
 class TestCase_copy_union_vector3_4 : public CopyCase<Vector3<cl_ushort>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_copy_union_vector3_4 : public CopyCase<Vector3<cl_ushort>> {
 };
 
 int RunTest_copy_union_vector3_4() {
-  return RunTest<TestCase_copy_union_vector3_4>(
-      kernelSource, "Running test copy_union_vector3_4...", Cumulative(10));
+  return RunTest<TestCase_copy_union_vector3_4>(kernelSource, announcement, Cumulative(10));
 }

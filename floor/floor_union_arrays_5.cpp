@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::floor, Shape::arrays, Element::char_>;
-}
+constexpr char announcement[] = "Running test floor_union_arrays_5...";
+}  // namespace
 
 class TestCase_floor_union_arrays_5 : public FloorCase<Arrays<cl_char>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_floor_union_arrays_5 : public FloorCase<Arrays<cl_char>> {
 };
 
 int RunTest_floor_union_arrays_5() {
-  return RunTest<TestCase_floor_union_arrays_5>(
-      kernelSource, "Running test floor_union_arrays_5...", Cumulative(10));
+  return RunTest<TestCase_floor_union_arrays_5>(kernelSource, announcement, Cumulative(10));
 }

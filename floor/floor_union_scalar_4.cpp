@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::floor, Shape::scalar, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test floor_union_scalar_4...";
+}  // namespace
 
 class TestCase_floor_union_scalar_4 : public FloorCase<Scalar<cl_ushort>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_floor_union_scalar_4 : public FloorCase<Scalar<cl_ushort>> {
 };
 
 int RunTest_floor_union_scalar_4() {
-  return RunTest<TestCase_floor_union_scalar_4>(
-      kernelSource, "Running test floor_union_scalar_4...", Cumulative(10));
+  return RunTest<TestCase_floor_union_scalar_4>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::floor, Shape::vector16, Element::int_>;
-}
+constexpr char announcement[] = "Running test floor_union_vector16_1...";
+}  // namespace
 
 class TestCase_floor_union_vector16_1 : public FloorCase<Vector16<cl_int>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_floor_union_vector16_1 : public FloorCase<Vector16<cl_int>> {
 };
 
 int RunTest_floor_union_vector16_1() {
-  return RunTest<TestCase_floor_union_vector16_1>(
-      kernelSource, "Running test floor_union_vector16_1...", Cumulative(10));
+  return RunTest<TestCase_floor_union_vector16_1>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::floor, Shape::vector16, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test floor_union_vector16_4...";
+}  // namespace
 
 class TestCase_floor_union_vector16_4 : public FloorCase<Vector16<cl_ushort>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_floor_union_vector16_4 : public FloorCase<Vector16<cl_ushort>> {
 };
 
 int RunTest_floor_union_vector16_4() {
-  return RunTest<TestCase_floor_union_vector16_4>(
-      kernelSource, "Running test floor_union_vector16_4...", Cumulative(10));
+  return RunTest<TestCase_floor_union_vector16_4>(kernelSource, announcement, Cumulative(10));
 }

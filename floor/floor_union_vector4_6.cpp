@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::floor, Shape::vector4, Element::uchar_>;
-}
+constexpr char announcement[] = "Running test floor_union_vector4_6...";
+}  // namespace
 
 class TestCase_floor_union_vector4_6 : public FloorCase<Vector4<cl_uchar>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_floor_union_vector4_6 : public FloorCase<Vector4<cl_uchar>> {
 };
 
 int RunTest_floor_union_vector4_6() {
-  return RunTest<TestCase_floor_union_vector4_6>(
-      kernelSource, "Running test floor_union_vector4_6...", Cumulative(10));
+  return RunTest<TestCase_floor_union_vector4_6>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::floor, Shape::vector8, Element::uint_>;
-}
+constexpr char announcement[] = "Running test floor_union_vector8_2...";
+}  // namespace
 
 class TestCase_floor_union_vector8_2 : public FloorCase<Vector8<cl_uint>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_floor_union_vector8_2 : public FloorCase<Vector8<cl_uint>> {
 };
 
 int RunTest_floor_union_vector8_2() {
-  return RunTest<TestCase_floor_union_vector8_2>(
-      kernelSource, "Running test floor_union_vector8_2...", Cumulative(10));
+  return RunTest<TestCase_floor_union_vector8_2>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::floor, Shape::vector8, Element::short_>;
-}
+constexpr char announcement[] = "Running test floor_union_vector8_3...";
+}  // namespace
 
 class TestCase_floor_union_vector8_3 : public FloorCase<Vector8<cl_short>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_floor_union_vector8_3 : public FloorCase<Vector8<cl_short>> {
 };
 
 int RunTest_floor_union_vector8_3() {
-  return RunTest<TestCase_floor_union_vector8_3>(
-      kernelSource, "Running test floor_union_vector8_3...", Cumulative(10));
+  return RunTest<TestCase_floor_union_vector8_3>(kernelSource, announcement, Cumulative(10));
 }

@@ -44,8 +44,8 @@ void Repeat(TestCase& test, Repetitions repetitions, int& result) {
   test.Cleanup();
 }
 
-int RunOnGpu(const char* const& kernelSource, const char* announcement, Repetitions repetitions,
-             LiveOut liveOut) {
+int RunTestOf(ConstructAndRepeat constructAndRepeat, const char* const& kernelSource,
+              const char* announcement, Repetitions repetitions) {
   int result = 1;
   try {
     std::vector<cl::Platform> platforms;
@@ -66,7 +66,7 @@ int RunOnGpu(const char* const& kernelSource, const char* announcement, Repetiti
     const cl::Program program(context, sources);
     Build(program, devices);
     std::cout << announcement << std::endl;
-    liveOut(program, context, &devices, repetitions, result);
+    constructAndRepeat(program, context, &devices, repetitions, result);
   } catch (const cl::Error& error) {
     // By now the scope above is gone, and every OpenCL object of the test with it.
     std::cerr << "ERROR: " << error.what() << "(" << error.err() << ")" << std::endl;

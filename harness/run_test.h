@@ -24,14 +24,15 @@ constexpr Repetitions OneRun(int count) { return {Repetitions::Form::oneRun, cou
 /// to 0 as soon as a repetition fails, so that it holds even if a later call throws.
 void Repeat(TestCase& test, Repetitions repetitions, int& result);
 
-/// Makes a row's test object from the program, the context and the device list, and has Repeat
-/// live its life.
-using LiveOut = void (*)(const cl::Program& program, const cl::Context& context,
-                         std::vector<cl::Device>* devices, Repetitions repetitions, int& result);
+/// Constructs a row's test object and has it repeated, as Repeat does. It dies before the call
+/// returns.
+using ConstructAndRepeat = void (*)(const cl::Program& program, const cl::Context& context,
+                                    std::vector<cl::Device>* devices, Repetitions repetitions,
+                                    int& result);
 
-/// The life of one test but for its class; see RunTest.
-int RunOnGpu(const char* const& kernelSource, const char* announcement, Repetitions repetitions,
-             LiveOut liveOut);
+/// RunTest but for the test object's class.
+int RunTestOf(ConstructAndRepeat constructAndRepeat, const char* const& kernelSource,
+              const char* announcement, Repetitions repetitions);
 
 /// The whole life of one test: brings OpenCL up for the GPU devices of the first platform, builds
 /// `kernelSource`, writes the line `announcement`, and repeats a `Test` of ten elements. Nothing
@@ -43,10 +44,11 @@ int RunOnGpu(const char* const& kernelSource, const char* announcement, Repetiti
 /// than cl::Error pass through.
 template <class Test>
 int RunTest(const char* const& kernelSource, const char* announcement, Repetitions repetitions) {
-  return RunOnGpu(kernelSource, announcement, repetitions,
-                  [](const cl::Program& program, const cl::Context& context,
-                     std::vector<cl::Device>* devices, Repetitions forms, int& result) {
-                    Test test(program, context, devices, 10);
-                    Repeat(test, forms, result);
-                  });
+  const auto constructAndRepeat = [](const cl::Program& program, const cl::Context& context,
+                                     std::vector<cl::Device>* devices, Repetitions form,
+                                     int& result) {
+    Test test(program, context, devices, 10);
+    Repeat(test, form, result);
+  };
+  return RunTestOf(constructAndRepeat, kernelSource, announcement, repetitions);
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::arrays, Element::uint_>;
-}
+constexpr char announcement[] = "Running test multiply_union_arrays_2..";
+}  // namespace
 
 class TestCase_multiply_union_arrays_2 : public MultiplyCase<Arrays<cl_uint>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_arrays_2 : public MultiplyCase<Arrays<cl_uint>> {
 };
 
 int RunTest_multiply_union_arrays_2() {
-  return RunTest<TestCase_multiply_union_arrays_2>(
-      kernelSource, "Running test multiply_union_arrays_2..", Cumulative(10));
+  return RunTest<TestCase_multiply_union_arrays_2>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::arrays, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test multiply_union_arrays_4..";
+}  // namespace
 
 class TestCase_multiply_union_arrays_4 : public MultiplyCase<Arrays<cl_ushort>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_arrays_4 : public MultiplyCase<Arrays<cl_ushort>> 
 };
 
 int RunTest_multiply_union_arrays_4() {
-  return RunTest<TestCase_multiply_union_arrays_4>(
-      kernelSource, "Running test multiply_union_arrays_4..", Cumulative(10));
+  return RunTest<TestCase_multiply_union_arrays_4>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::arrays, Element::uchar_>;
-}
+constexpr char announcement[] = "Running test multiply_union_arrays_6..";
+}  // namespace
 
 class TestCase_multiply_union_arrays_6 : public MultiplyCase<Arrays<cl_uchar>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_arrays_6 : public MultiplyCase<Arrays<cl_uchar>> {
 };
 
 int RunTest_multiply_union_arrays_6() {
-  return RunTest<TestCase_multiply_union_arrays_6>(
-      kernelSource, "Running test multiply_union_arrays_6..", Cumulative(10));
+  return RunTest<TestCase_multiply_union_arrays_6>(kernelSource, announcement, Cumulative(10));
 }

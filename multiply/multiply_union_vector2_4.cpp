@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::vector2, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test multiply_union_vector2_4...";
+}  // namespace
 
 class TestCase_multiply_union_vector2_4 : public MultiplyCase<Vector2<cl_ushort>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_vector2_4 : public MultiplyCase<Vector2<cl_ushort>
 };
 
 int RunTest_multiply_union_vector2_4() {
-  return RunTest<TestCase_multiply_union_vector2_4>(
-      kernelSource, "Running test multiply_union_vector2_4...", Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector2_4>(kernelSource, announcement, Cumulative(10));
 }

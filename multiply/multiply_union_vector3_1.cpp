@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, Element::int_>;
-}
+constexpr char announcement[] = "Running test multiply_union_vector3_1...";
+}  // namespace
 
 class TestCase_multiply_union_vector3_1 : public MultiplyCase<Vector3<cl_int>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_vector3_1 : public MultiplyCase<Vector3<cl_int>> {
 };
 
 int RunTest_multiply_union_vector3_1() {
-  return RunTest<TestCase_multiply_union_vector3_1>(
-      kernelSource, "Running test multiply_union_vector3_1...", Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector3_1>(kernelSource, announcement, Cumulative(10));
 }

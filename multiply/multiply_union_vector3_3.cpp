@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, Element::short_>;
-}
+constexpr char announcement[] = "Running test multiply_union_vector3_3...";
+}  // namespace
 
 class TestCase_multiply_union_vector3_3 : public MultiplyCase<Vector3<cl_short>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_vector3_3 : public MultiplyCase<Vector3<cl_short>>
 };
 
 int RunTest_multiply_union_vector3_3() {
-  return RunTest<TestCase_multiply_union_vector3_3>(
-      kernelSource, "Running test multiply_union_vector3_3...", Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector3_3>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::vector8, Element::char_>;
-}
+constexpr char announcement[] = "Running test multiply_union_vector8_5...";
+}  // namespace
 
 class TestCase_multiply_union_vector8_5 : public MultiplyCase<Vector8<cl_char>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_vector8_5 : public MultiplyCase<Vector8<cl_char>> 
 };
 
 int RunTest_multiply_union_vector8_5() {
-  return RunTest<TestCase_multiply_union_vector8_5>(
-      kernelSource, "Running test multiply_union_vector8_5...", Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector8_5>(kernelSource, announcement, Cumulative(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::multiply, Shape::vector8, Element::uchar_>;
-}
+constexpr char announcement[] = "Running test multiply_union_vector8_6...";
+}  // namespace
 
 class TestCase_multiply_union_vector8_6 : public MultiplyCase<Vector8<cl_uchar>> {
  public:
@@ -17,6 +18,5 @@ class TestCase_multiply_union_vector8_6 : public MultiplyCase<Vector8<cl_uchar>>
 };
 
 int RunTest_multiply_union_vector8_6() {
-  return RunTest<TestCase_multiply_union_vector8_6>(
-      kernelSource, "Running test multiply_union_vector8_6...", Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector8_6>(kernelSource, announcement, Cumulative(10));
 }

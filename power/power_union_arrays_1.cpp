@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::arrays, Element::int_>;
-}
+constexpr char announcement[] = "Running test power_union_arrays_1...";
+}  // namespace
 
 class TestCase_power_union_arrays_1 : public PowerCase<Arrays<cl_int>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_arrays_1 : public PowerCase<Arrays<cl_int>> {
     Fill();
     Reference(LaneIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 128,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_arrays_1() {
-  return RunTest<TestCase_power_union_arrays_1>(
-      kernelSource, "Running test power_union_arrays_1...", PerRepetition(10));
+  return RunTest<TestCase_power_union_arrays_1>(kernelSource, announcement, PerRepetition(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::arrays, Element::short_>;
-}
+constexpr char announcement[] = "Running test power_union_arrays_3...";
+}  // namespace
 
 class TestCase_power_union_arrays_3 : public PowerCase<Arrays<cl_short>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_arrays_3 : public PowerCase<Arrays<cl_short>> {
     Fill();
     Reference(LaneIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 128,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_arrays_3() {
-  return RunTest<TestCase_power_union_arrays_3>(
-      kernelSource, "Running test power_union_arrays_3...", PerRepetition(10));
+  return RunTest<TestCase_power_union_arrays_3>(kernelSource, announcement, PerRepetition(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::arrays, Element::char_>;
-}
+constexpr char announcement[] = "Running test power_union_arrays_5...";
+}  // namespace
 
 class TestCase_power_union_arrays_5 : public PowerCase<Arrays<cl_char>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_arrays_5 : public PowerCase<Arrays<cl_char>> {
     Fill();
     Reference(LaneIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 256, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 256,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_arrays_5() {
-  return RunTest<TestCase_power_union_arrays_5>(
-      kernelSource, "Running test power_union_arrays_5...", PerRepetition(10));
+  return RunTest<TestCase_power_union_arrays_5>(kernelSource, announcement, PerRepetition(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::scalar, Element::uint_>;
-}
+constexpr char announcement[] = "Running test power_union_scalar_2...";
+}  // namespace
 
 class TestCase_power_union_scalar_2 : public PowerCase<Scalar<cl_uint>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_scalar_2 : public PowerCase<Scalar<cl_uint>> {
     FillRepeatedly(4);
     Reference(ElementIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 128,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_scalar_2() {
-  return RunTest<TestCase_power_union_scalar_2>(
-      kernelSource, "Running test power_union_scalar_2...", PerRepetition(10));
+  return RunTest<TestCase_power_union_scalar_2>(kernelSource, announcement, PerRepetition(10));
 }

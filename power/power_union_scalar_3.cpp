@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::scalar, Element::short_>;
-}
+constexpr char announcement[] = "Running test power_union_scalar_3...";
+}  // namespace
 
 class TestCase_power_union_scalar_3 : public PowerCase<Scalar<cl_short>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_scalar_3 : public PowerCase<Scalar<cl_short>> {
     FillRepeatedly(4);
     Reference(ElementIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 256, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 256,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_scalar_3() {
-  return RunTest<TestCase_power_union_scalar_3>(
-      kernelSource, "Running test power_union_scalar_3...", PerRepetition(10));
+  return RunTest<TestCase_power_union_scalar_3>(kernelSource, announcement, PerRepetition(10));
 }

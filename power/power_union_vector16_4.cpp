@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::vector16, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test power_union_vector16_4...";
+}  // namespace
 
 class TestCase_power_union_vector16_4 : public PowerCase<Vector16<cl_ushort>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_vector16_4 : public PowerCase<Vector16<cl_ushort>> {
     Fill();
     Reference(ElementIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 256, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 256,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_vector16_4() {
-  return RunTest<TestCase_power_union_vector16_4>(
-      kernelSource, "Running test power_union_vector16_4...", PerRepetition(10));
+  return RunTest<TestCase_power_union_vector16_4>(kernelSource, announcement, PerRepetition(10));
 }

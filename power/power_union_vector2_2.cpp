@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::vector2, Element::uint_>;
-}
+constexpr char announcement[] = "Running test power_union_vector2_2...";
+}  // namespace
 
 class TestCase_power_union_vector2_2 : public PowerCase<Vector2<cl_uint>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_vector2_2 : public PowerCase<Vector2<cl_uint>> {
     Fill();
     Reference(ElementIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 128,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_vector2_2() {
-  return RunTest<TestCase_power_union_vector2_2>(
-      kernelSource, "Running test power_union_vector2_2...", PerRepetition(10));
+  return RunTest<TestCase_power_union_vector2_2>(kernelSource, announcement, PerRepetition(10));
 }

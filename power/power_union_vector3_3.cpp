@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::vector3, Element::short_>;
-}
+constexpr char announcement[] = "Running test power_union_vector3_3...";
+}  // namespace
 
 class TestCase_power_union_vector3_3 : public PowerCase<Vector3<cl_short>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_vector3_3 : public PowerCase<Vector3<cl_short>> {
     Fill();
     Reference(ElementIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 128, .elements = numElements_ - 1, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 128,
+        .elements = numElements_ - 1,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_vector3_3() {
-  return RunTest<TestCase_power_union_vector3_3>(
-      kernelSource, "Running test power_union_vector3_3...", PerRepetition(10));
+  return RunTest<TestCase_power_union_vector3_3>(kernelSource, announcement, PerRepetition(10));
 }

@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::vector3, Element::ushort_>;
-}
+constexpr char announcement[] = "Running test power_union_vector3_4...";
+}  // namespace
 
 class TestCase_power_union_vector3_4 : public PowerCase<Vector3<cl_ushort>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_vector3_4 : public PowerCase<Vector3<cl_ushort>> {
     Fill();
     Reference(ElementIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 512, .elements = numElements_, .xLabel = "  x: ", .yLabel = "  y: "});
+    return Check({
+        .ulpTolerance = 512,
+        .elements = numElements_,
+        .xLabel = "  x: ",
+        .yLabel = "  y: ",
+    });
   }
 };
 
 int RunTest_power_union_vector3_4() {
-  return RunTest<TestCase_power_union_vector3_4>(
-      kernelSource, "Running test power_union_vector3_4...", PerRepetition(9));
+  return RunTest<TestCase_power_union_vector3_4>(kernelSource, announcement, PerRepetition(9));
 }

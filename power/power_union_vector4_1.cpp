@@ -2,7 +2,8 @@
 
 namespace {
 const char* kernelSource = KernelText<Operation::power, Shape::vector4, Element::int_>;
-}
+constexpr char announcement[] = "Running test power_union_vector4_1...";
+}  // namespace
 
 class TestCase_power_union_vector4_1 : public PowerCase<Vector4<cl_int>> {
  public:
@@ -12,12 +13,15 @@ class TestCase_power_union_vector4_1 : public PowerCase<Vector4<cl_int>> {
     Fill();
     Reference(ElementIndex);
     RoundTrip();
-    return Check(
-        {.ulpTolerance = 128, .elements = numElements_, .xLabel = "  x:", .yLabel = "  y:"});
+    return Check({
+        .ulpTolerance = 128,
+        .elements = numElements_,
+        .xLabel = "  x:",
+        .yLabel = "  y:",
+    });
   }
 };
 
 int RunTest_power_union_vector4_1() {
-  return RunTest<TestCase_power_union_vector4_1>(
-      kernelSource, "Running test power_union_vector4_1...", PerRepetition(10));
+  return RunTest<TestCase_power_union_vector4_1>(kernelSource, announcement, PerRepetition(10));
 }
