@@ -68,17 +68,21 @@ struct PrivateRandom {
   char* host;
 };
 
-// Puts the thread into the device's floating-point mode, and back into the host's. The threads that
-// the driver starts for a kernel inherit it.
+// Puts the thread into the device's floating-point mode, which rounds to nearest whatever the host
+// does, and back into the host's. The threads that the driver starts for a kernel inherit it.
 struct DeviceFloats {
 #if defined(__x86_64__)
   using Register = std::uint32_t;
-  static constexpr Register flush = 0x8040;  // MXCSR: flush to zero, denormals are zero
+  // MXCSR as a process finds it; flush to zero, and denormals are zero.
+  static constexpr Register initial = 0x1F80;
+  static constexpr Register flush = 0x8040;
   static Register Get() { return __builtin_ia32_stmxcsr(); }
   static void Set(Register mode) { __builtin_ia32_ldmxcsr(mode); }
 #elif defined(__aarch64__)
   using Register = std::uint64_t;
-  static constexpr Register flush = 1U << 24;  // FPCR: flush to zero, operands and results
+  // FPCR as a process finds it; flush to zero, of operands and results.
+  static constexpr Register initial = 0;
+  static constexpr Register flush = 1U << 24;
   static Register Get() {
     Register mode;
     asm volatile("mrs %0, fpcr" : "=r"(mode));
@@ -86,7 +90,7 @@ struct DeviceFloats {
   }
   static void Set(Register mode) { asm volatile("msr fpcr, %0" : : "r"(mode)); }
 #endif
-  DeviceFloats() : host(Get()) { Set(keepsDenormals ? host & ~flush : host | flush); }
+  DeviceFloats() : host(Get()) { Set(keepsDenormals ? initial : initial | flush); }
   ~DeviceFloats() { Set(host); }
   Register host;
 };

@@ -24,6 +24,10 @@ constexpr char source[] =
     "__kernel void half_of(__global const float* a, __global float* c) {"
     "  int i = get_global_id(0);"
     "  c[i] = a[i] * 0.5f;"
+    "}"
+    "__kernel void third_of(__global const float* a, __global float* c) {"
+    "  int i = get_global_id(0);"
+    "  c[i] = a[i] / 3.0f;"
     "}";
 
 class SimulatedGpu : public testing::Test {
@@ -55,8 +59,10 @@ class SimulatedGpu : public testing::Test {
     EXPECT_EQ(std::bit_cast<std::uint32_t>(smallest * 1.0F), 1U);
     volatile float normal = std::bit_cast<float>(0x00800000U);
     EXPECT_EQ(std::bit_cast<std::uint32_t>(normal * 0.5F), 0x00400000U);
-    EXPECT_EQ(std::fegetround(), FE_TONEAREST);
+    EXPECT_EQ(std::fegetround(), hostRounding);
   }
+
+  static inline int hostRounding = FE_TONEAREST;
 
   // The device's bits for these bits.
   std::vector<std::uint32_t> Run(const char* name, std::vector<std::uint32_t> bits, bool finish) {
@@ -117,6 +123,18 @@ TEST_F(SimulatedGpu, TakesDenormalsAsZeroAndFlushesThemUnlessItKeepsThem) {
               (std::vector<std::uint32_t>{keep ? 0x00400000U : 0U, keep ? 0x807FFFFFU : 0x80000000U,
                                           0x3F800000}));
   }
+}
+
+TEST_F(SimulatedGpu, RoundsToNearestWhateverTheHostDoes) {
+  Build();
+  for (const int mode : {FE_TONEAREST, FE_TOWARDZERO, FE_UPWARD}) {
+    hostRounding = mode;
+    std::fesetround(mode);
+    EXPECT_EQ(Run("third_of", {0x3F800000, 0xBF800000, 0x40E00000}, true),
+              (std::vector<std::uint32_t>{0x3EAAAAAB, 0xBEAAAAAB, 0x40155555}));
+  }
+  hostRounding = FE_TONEAREST;
+  std::fesetround(FE_TONEAREST);
 }
 
 TEST_F(SimulatedGpu, LeavesTheHostItsRandomNumbers) {
