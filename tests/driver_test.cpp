@@ -2,6 +2,7 @@
 
 #include "harness/driver.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 

@@ -1,5 +1,6 @@
 // The verdict on single values, through the real row add_union_arrays_1.
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>

@@ -1,5 +1,9 @@
 // The life of one test, seen from OpenCL and from the two output streams.
 
+#include <algorithm>
+#include <new>
+#include <sstream>
+
 #include "add/add_case.h"
 #include "harness/rows.h"
 #include "tests/devices.h"
