@@ -3,6 +3,7 @@
 #include <CL/cl_platform.h>
 
 #include <cstddef>
+#include <type_traits>
 
 /// The host mirrors of a row's three unions: byte n of one is byte n of the device's. The members
 /// are true overlays, lane arrays that start at byte 0, of which the element member reads the
@@ -34,7 +35,12 @@ struct Unions {
     cl_float r[Slots];
     std::byte bytes[Stride];
   };
+
+  static_assert(sizeof(InputA) == Stride && sizeof(InputB) == Stride && sizeof(Result) == Stride);
 };
+
+// Whatever the platform's own char is.
+static_assert(std::is_signed_v<cl_char> && std::is_unsigned_v<cl_uchar>);
 
 // clang-format off
 //                                                       lanes  slots  stride

@@ -53,10 +53,6 @@ class ScriptedOpenCl {
   /// The calls other than retains and releases.
   std::vector<std::string> WorkCalls() const;
 
-  /// The OpenCL objects (contexts, programs, kernels, buffers, queues, retained devices) not
-  /// released.
-  int Alive() const;
-
   // For the entry points alone: counts and records a call, and gives the code that it must return.
   cl_int Enter(const std::string& entryPoint, const std::string& arguments = "");
 
