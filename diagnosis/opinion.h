@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "diagnosis/record.h"
+#include "diagnosis/row.h"
+
+namespace diagnosis {
+
+/// A lane that OpenCL C does not allow.
+struct WrongLane {
+  int repetition;  // from 1
+  int element;
+  int lane;
+  float answer;                       // the device's
+  float right;                        // the answer that is right, or the nearest of those that are
+  std::optional<std::uint64_t> ulps;  // between them; none if one of them is a NaN
+};
+
+/// The second opinion on a row: whether the device is right by OpenCL C 1.2, full profile, in every
+/// lane of the ten elements of every repetition whose result came back, from the bytes that it got.
+struct Opinion {
+  enum class Verdict { right, wrong, unseen };
+  Verdict verdict = Verdict::unseen;
+  int lanes = 0;                   // judged
+  std::vector<WrongLane> wrong;    // in the order of repetition, element, lane
+  std::uint64_t greatestUlps = 0;  // of all lanes judged, the right ones too
+};
+
+/// The opinion on one run of a row on that device.
+Opinion OpinionOf(const Record& record, const Device& device);
+
+/// The suite's verdict by OpenCL's. Neither where the suite or the opinion has no verdict.
+enum class Kind { passedRight, failedWrong, passedWrong, failedRight, neither };
+
+Kind KindOf(const Record& record, const Opinion& opinion);
+
+/// "passed and right", ...
+std::string_view NameOf(Kind kind);
+
+}  // namespace diagnosis

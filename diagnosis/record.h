@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// What a row leaves behind: everything that went over the boundary between the suite and OpenCL,
+// what was said, and how it ended. Every view (status, second opinion, explanation, suspects,
+// reproducer, reports) is a pure function of records.
+
+namespace diagnosis {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// What the driver says of the device that ran the rows.
+struct Device {
+  std::string platform;  // CL_PLATFORM_NAME
+  std::string name;
+  std::string vendor;
+  std::string version;  // CL_DEVICE_VERSION
+  std::string driverVersion;
+  std::uint64_t singleFpConfig = 0;  // CL_DEVICE_SINGLE_FP_CONFIG; 0 if it was not to be had
+};
+
+/// One run of the row's kernel on freshly drawn data. What did not come to pass is empty.
+struct Repetition {
+  Bytes inputA;  // the ten elements as they were written to the device, a union's stride apart
+  Bytes inputB;  // likewise; empty in rows with one input
+  bool launched = false;
+  Bytes result;     // the ten elements as they were read back; empty if no result came
+  std::string out;  // what the row wrote on standard output: mismatch line, RUN line
+};
+
+/// An OpenCL call that returned an error.
+struct FailedCall {
+  std::string name;  // as the C API spells it
+  std::int32_t code = 0;
+  int repetition = 0;  // from 1; 0 before the first one
+};
+
+/// How a row came to its end.
+struct Ending {
+  enum class Kind {
+    notRun,     // skipped or never reached; `reason` says why
+    returned,   // the runner came back; `value` is what it returned
+    exited,     // the process ended in mid-row; `value` is its status
+    signalled,  // the process was killed; `value` is the signal
+    timedOut,
+    lost,  // the connection to the worker broke; `reason` says how
+  };
+  Kind kind = Kind::notRun;
+  int value = 0;
+  std::string reason;
+};
+
+/// One row, once run (or not).
+struct Record {
+  std::string row;
+  std::uint32_t seed = 1;       // of the stream; 1 is the suite's own
+  std::string buildOptions;     // those that were put in; the suite gives none
+  std::uint64_t localSize = 0;  // that was put in; 0 leaves it to the driver, as the suite does
+
+  std::string source;  // the kernel text as the driver got it
+  std::string kernel;  // the name asked for
+  std::string buildLog;
+  std::vector<Repetition> repetitions;
+  Bytes
+      behindA;  // what lies behind the ten elements in the buffers, once, from the first repetition
+  Bytes behindB;
+  Bytes behindResult;
+  int launches = 0;
+  std::vector<FailedCall> failedCalls;
+
+  std::string out;     // all that the row wrote on standard output
+  std::string err;     // on standard error
+  std::string driver;  // what anyone else in its process wrote on either
+
+  Ending ending;
+  double seconds = 0;
+  double buildSeconds = 0;  // in clBuildProgram
+
+  std::vector<Record> again;  // later runs of the same row on the same data, each complete
+};
+
+/// What is true of a whole run.
+struct RunInfo {
+  Device device;
+  std::string host;                   // system and machine, as uname has them
+  std::string version;                // of the suite
+  std::string command;                // what was called
+  std::string start;                  // UTC, ISO 8601
+  std::string end;                    // empty if the run was cut off
+  std::vector<std::string> selected;  // rows, in the order of the matrix
+};
+
+struct Run {
+  RunInfo info;
+  std::vector<Record> records;  // in the order of the matrix
+};
+
+/// A record as one line of JSON without its end, bytes in base64. What the driver printed need not
+/// be UTF-8.
+std::string ToJson(const Record& record);
+
+/// The run that was written into `folder` as run.json and records.jsonl. Throws std::runtime_error
+/// with one line for a person if they are not there, damaged, or of another version.
+Run ReadRun(const std::string& folder);
+
+}  // namespace diagnosis
