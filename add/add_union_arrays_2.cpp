@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::arrays, Element::uint_>;
+const char* kernelSource = KernelText<Operation::add, Shape::arrays, ElementType::uint_>;
 constexpr char announcement[] = "Running test add_union_arrays_2...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::arrays, Element::short_>;
+const char* kernelSource = KernelText<Operation::add, Shape::arrays, ElementType::short_>;
 constexpr char announcement[] = "Running test add_union_arrays_3...";
 }  // namespace
 

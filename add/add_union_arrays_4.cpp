@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::arrays, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::add, Shape::arrays, ElementType::ushort_>;
 constexpr char announcement[] = "Running test add_union_arrays_4...";
 }  // namespace
 

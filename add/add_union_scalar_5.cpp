@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::scalar, Element::char_>;
+const char* kernelSource = KernelText<Operation::add, Shape::scalar, ElementType::char_>;
 constexpr char announcement[] = "Running test add_union_scalar_5...";
 }  // namespace
 

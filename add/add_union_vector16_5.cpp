@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector16, Element::char_>;
+const char* kernelSource = KernelText<Operation::add, Shape::vector16, ElementType::char_>;
 constexpr char announcement[] = "Running test add_union_vector16_5...";
 }  // namespace
 

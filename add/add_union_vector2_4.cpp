@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector2, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::add, Shape::vector2, ElementType::ushort_>;
 constexpr char announcement[] = "Running test add_union_vector2_4...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector3, Element::short_>;
+const char* kernelSource = KernelText<Operation::add, Shape::vector3, ElementType::short_>;
 constexpr char announcement[] = "Running test add_union_vector3_3...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector4, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::add, Shape::vector4, ElementType::ushort_>;
 constexpr char announcement[] = "Running test add_union_vector4_4...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "add/add_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector8, Element::uint_>;
+const char* kernelSource = KernelText<Operation::add, Shape::vector8, ElementType::uint_>;
 constexpr char announcement[] = "Running test add_union_vector8_2...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::arrays, Element::int_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::arrays, ElementType::int_>;
 constexpr char announcement[] = "Running test copy_union_arrays_1...";
 }  // namespace
 

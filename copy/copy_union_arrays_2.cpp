@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::arrays, Element::uint_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::arrays, ElementType::uint_>;
 constexpr char announcement[] = "Running test copy_union_arrays_2...";
 }  // namespace
 

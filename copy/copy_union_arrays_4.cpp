@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::arrays, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::arrays, ElementType::ushort_>;
 constexpr char announcement[] = "Running test copy_union_arrays_4...";
 }  // namespace
 

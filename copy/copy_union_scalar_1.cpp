@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::int_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::scalar, ElementType::int_>;
 constexpr char announcement[] = "Running test copy_union_scalar_1...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::uint_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::scalar, ElementType::uint_>;
 constexpr char announcement[] = "Running test copy_union_scalar_2...";
 }  // namespace
 

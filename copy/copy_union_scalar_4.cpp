@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::scalar, ElementType::ushort_>;
 constexpr char announcement[] = "Running test copy_union_scalar_4...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::scalar, Element::char_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::scalar, ElementType::char_>;
 constexpr char announcement[] = "Running test copy_union_scalar_5...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector16, Element::uint_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector16, ElementType::uint_>;
 constexpr char announcement[] = "Running test copy_union_vector16_2...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector16, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector16, ElementType::ushort_>;
 constexpr char announcement[] = "Running test copy_union_vector16_4...";
 }  // namespace
 

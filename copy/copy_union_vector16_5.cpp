@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector16, Element::char_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector16, ElementType::char_>;
 constexpr char announcement[] = "Running test copy_union_vector16_5...";
 }  // namespace
 

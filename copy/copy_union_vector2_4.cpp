@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector2, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector2, ElementType::ushort_>;
 constexpr char announcement[] = "Running test copy_union_vector2_4...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector2, Element::char_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector2, ElementType::char_>;
 constexpr char announcement[] = "Running test copy_union_vector2_5...";
 }  // namespace
 

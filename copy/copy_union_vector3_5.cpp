@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector3, Element::char_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector3, ElementType::char_>;
 constexpr char announcement[] = "Running test copy_union_vector3_5...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector4, Element::short_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector4, ElementType::short_>;
 constexpr char announcement[] = "Running test copy_union_vector4_3...";
 }  // namespace
 

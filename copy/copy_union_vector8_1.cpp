@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector8, Element::int_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector8, ElementType::int_>;
 constexpr char announcement[] = "Running test copy_union_vector8_1...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "copy/copy_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector8, Element::uchar_>;
+const char* kernelSource = KernelText<Operation::copy, Shape::vector8, ElementType::uchar_>;
 constexpr char announcement[] = "Running test copy_union_vector8_6...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::arrays, Element::short_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::arrays, ElementType::short_>;
 constexpr char announcement[] = "Running test floor_union_arrays_3...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::scalar, Element::int_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::scalar, ElementType::int_>;
 constexpr char announcement[] = "Running test floor_union_scalar_1...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::scalar, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::scalar, ElementType::ushort_>;
 constexpr char announcement[] = "Running test floor_union_scalar_4...";
 }  // namespace
 

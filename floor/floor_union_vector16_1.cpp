@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector16, Element::int_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::vector16, ElementType::int_>;
 constexpr char announcement[] = "Running test floor_union_vector16_1...";
 }  // namespace
 

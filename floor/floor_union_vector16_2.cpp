@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector16, Element::uint_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::vector16, ElementType::uint_>;
 constexpr char announcement[] = "Running test floor_union_vector16_2...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector2, Element::short_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::vector2, ElementType::short_>;
 constexpr char announcement[] = "Running test floor_union_vector2_3...";
 }  // namespace
 

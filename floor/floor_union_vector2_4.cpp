@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector2, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::vector2, ElementType::ushort_>;
 constexpr char announcement[] = "Running test floor_union_vector2_4...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector3, Element::short_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::vector3, ElementType::short_>;
 constexpr char announcement[] = "Running test floor_union_vector3_3...";
 }  // namespace
 

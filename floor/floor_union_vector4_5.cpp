@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector4, Element::char_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::vector4, ElementType::char_>;
 constexpr char announcement[] = "Running test floor_union_vector4_5...";
 }  // namespace
 

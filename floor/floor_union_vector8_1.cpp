@@ -1,7 +1,7 @@
 #include "floor/floor_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector8, Element::int_>;
+const char* kernelSource = KernelText<Operation::floor, Shape::vector8, ElementType::int_>;
 constexpr char announcement[] = "Running test floor_union_vector8_1...";
 }  // namespace
 

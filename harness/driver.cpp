@@ -5,29 +5,36 @@
 #include <iostream>
 
 #include "harness/host_floating_point.h"
-#include "harness/schedule.h"
+#include "harness/rows.h"
 
 namespace {
 
-constexpr int totalRows = 210;
-constexpr int unscheduledRows = 42;  // the power family, counted as passed without a run
+constexpr int totalRows = std::size(rows);
+// The power family, counted as passed without a run.
+constexpr int unscheduledRows = totalRows - static_cast<int>(schedule.size());
+static_assert(totalRows == 210 && unscheduledRows == 42);
 
 }  // namespace
 
-int RunSuite() {
+bool MatchHostToDevice() {
   cl_platform_id platform = nullptr;
-  if (clGetPlatformIDs(1, &platform, nullptr) != CL_SUCCESS) return 0;
+  if (clGetPlatformIDs(1, &platform, nullptr) != CL_SUCCESS) return false;
   cl_device_id device = nullptr;
-  if (clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 1, &device, nullptr) != CL_SUCCESS) return 0;
+  if (clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 1, &device, nullptr) != CL_SUCCESS) return false;
 
   // A device that does not answer is taken for one without either capability.
   cl_device_fp_config config = 0;
   clGetDeviceInfo(device, CL_DEVICE_SINGLE_FP_CONFIG, sizeof config, &config, nullptr);
-  if ((config & CL_FP_ROUND_TO_NEAREST) == 0) SetHostRounding(4, 6);
+  if ((config & CL_FP_ROUND_TO_NEAREST) == 0) SetHostRounding(towardZero, floatType);
   if ((config & CL_FP_DENORM) == 0) ForceFlushToZero();
+  return true;
+}
+
+int RunSuite() {
+  if (!MatchHostToDevice()) return 0;
 
   int passed = 0;
-  for (const auto runTest : schedule) passed += runTest();
+  for (const NamedRunner& row : schedule) passed += row.run();
   passed += unscheduledRows;
 
   std::cout << "TOTAL : " << totalRows << std::endl;

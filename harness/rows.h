@@ -1,220 +1,50 @@
 #pragma once
 
-// The runners of all rows, in the order of the test matrix. Each returns 1 if its test counts as
-// passed and 0 if not, takes no arguments, and keeps nothing between calls but its place in the
-// stream of std::rand.
+#include <span>
+#include <string_view>
 
-int RunTest_add_union_arrays_1();
-int RunTest_add_union_arrays_2();
-int RunTest_add_union_arrays_3();
-int RunTest_add_union_arrays_4();
-int RunTest_add_union_arrays_5();
-int RunTest_add_union_arrays_6();
-int RunTest_add_union_scalar_1();
-int RunTest_add_union_scalar_2();
-int RunTest_add_union_scalar_3();
-int RunTest_add_union_scalar_4();
-int RunTest_add_union_scalar_5();
-int RunTest_add_union_scalar_6();
-int RunTest_add_union_vector16_1();
-int RunTest_add_union_vector16_2();
-int RunTest_add_union_vector16_3();
-int RunTest_add_union_vector16_4();
-int RunTest_add_union_vector16_5();
-int RunTest_add_union_vector16_6();
-int RunTest_add_union_vector2_1();
-int RunTest_add_union_vector2_2();
-int RunTest_add_union_vector2_3();
-int RunTest_add_union_vector2_4();
-int RunTest_add_union_vector2_5();
-int RunTest_add_union_vector2_6();
-int RunTest_add_union_vector3_1();
-int RunTest_add_union_vector3_2();
-int RunTest_add_union_vector3_3();
-int RunTest_add_union_vector3_4();
-int RunTest_add_union_vector3_5();
-int RunTest_add_union_vector3_6();
-int RunTest_add_union_vector4_1();
-int RunTest_add_union_vector4_2();
-int RunTest_add_union_vector4_3();
-int RunTest_add_union_vector4_4();
-int RunTest_add_union_vector4_5();
-int RunTest_add_union_vector4_6();
-int RunTest_add_union_vector8_1();
-int RunTest_add_union_vector8_2();
-int RunTest_add_union_vector8_3();
-int RunTest_add_union_vector8_4();
-int RunTest_add_union_vector8_5();
-int RunTest_add_union_vector8_6();
+// The list of the rows, in the order of the test matrix: the operations and, within them, the
+// shapes by their names as strings, then the element types. ALL_ROWS(ROW) writes ROW(name) for
+// each, with no separator.
+#define ROWS_OF_LAYOUT(ROW, name) \
+  ROW(name##_1) ROW(name##_2) ROW(name##_3) ROW(name##_4) ROW(name##_5) ROW(name##_6)
+#define ROWS_OF_OPERATION(ROW, name)         \
+  ROWS_OF_LAYOUT(ROW, name##_union_arrays)   \
+  ROWS_OF_LAYOUT(ROW, name##_union_scalar)   \
+  ROWS_OF_LAYOUT(ROW, name##_union_vector16) \
+  ROWS_OF_LAYOUT(ROW, name##_union_vector2)  \
+  ROWS_OF_LAYOUT(ROW, name##_union_vector3)  \
+  ROWS_OF_LAYOUT(ROW, name##_union_vector4)  \
+  ROWS_OF_LAYOUT(ROW, name##_union_vector8)
+#define ALL_ROWS(ROW)              \
+  ROWS_OF_OPERATION(ROW, add)      \
+  ROWS_OF_OPERATION(ROW, copy)     \
+  ROWS_OF_OPERATION(ROW, floor)    \
+  ROWS_OF_OPERATION(ROW, multiply) \
+  ROWS_OF_OPERATION(ROW, power)
 
-int RunTest_copy_union_arrays_1();
-int RunTest_copy_union_arrays_2();
-int RunTest_copy_union_arrays_3();
-int RunTest_copy_union_arrays_4();
-int RunTest_copy_union_arrays_5();
-int RunTest_copy_union_arrays_6();
-int RunTest_copy_union_scalar_1();
-int RunTest_copy_union_scalar_2();
-int RunTest_copy_union_scalar_3();
-int RunTest_copy_union_scalar_4();
-int RunTest_copy_union_scalar_5();
-int RunTest_copy_union_scalar_6();
-int RunTest_copy_union_vector16_1();
-int RunTest_copy_union_vector16_2();
-int RunTest_copy_union_vector16_3();
-int RunTest_copy_union_vector16_4();
-int RunTest_copy_union_vector16_5();
-int RunTest_copy_union_vector16_6();
-int RunTest_copy_union_vector2_1();
-int RunTest_copy_union_vector2_2();
-int RunTest_copy_union_vector2_3();
-int RunTest_copy_union_vector2_4();
-int RunTest_copy_union_vector2_5();
-int RunTest_copy_union_vector2_6();
-int RunTest_copy_union_vector3_1();
-int RunTest_copy_union_vector3_2();
-int RunTest_copy_union_vector3_3();
-int RunTest_copy_union_vector3_4();
-int RunTest_copy_union_vector3_5();
-int RunTest_copy_union_vector3_6();
-int RunTest_copy_union_vector4_1();
-int RunTest_copy_union_vector4_2();
-int RunTest_copy_union_vector4_3();
-int RunTest_copy_union_vector4_4();
-int RunTest_copy_union_vector4_5();
-int RunTest_copy_union_vector4_6();
-int RunTest_copy_union_vector8_1();
-int RunTest_copy_union_vector8_2();
-int RunTest_copy_union_vector8_3();
-int RunTest_copy_union_vector8_4();
-int RunTest_copy_union_vector8_5();
-int RunTest_copy_union_vector8_6();
+// The runners, each in its row's file. A runner returns 1 if its test counts as passed and 0 if
+// not, takes no arguments, and keeps nothing between calls but its place in the stream of
+// std::rand.
+#define DECLARE(name) int RunTest_##name();
+ALL_ROWS(DECLARE)
+#undef DECLARE
 
-int RunTest_floor_union_arrays_1();
-int RunTest_floor_union_arrays_2();
-int RunTest_floor_union_arrays_3();
-int RunTest_floor_union_arrays_4();
-int RunTest_floor_union_arrays_5();
-int RunTest_floor_union_arrays_6();
-int RunTest_floor_union_scalar_1();
-int RunTest_floor_union_scalar_2();
-int RunTest_floor_union_scalar_3();
-int RunTest_floor_union_scalar_4();
-int RunTest_floor_union_scalar_5();
-int RunTest_floor_union_scalar_6();
-int RunTest_floor_union_vector16_1();
-int RunTest_floor_union_vector16_2();
-int RunTest_floor_union_vector16_3();
-int RunTest_floor_union_vector16_4();
-int RunTest_floor_union_vector16_5();
-int RunTest_floor_union_vector16_6();
-int RunTest_floor_union_vector2_1();
-int RunTest_floor_union_vector2_2();
-int RunTest_floor_union_vector2_3();
-int RunTest_floor_union_vector2_4();
-int RunTest_floor_union_vector2_5();
-int RunTest_floor_union_vector2_6();
-int RunTest_floor_union_vector3_1();
-int RunTest_floor_union_vector3_2();
-int RunTest_floor_union_vector3_3();
-int RunTest_floor_union_vector3_4();
-int RunTest_floor_union_vector3_5();
-int RunTest_floor_union_vector3_6();
-int RunTest_floor_union_vector4_1();
-int RunTest_floor_union_vector4_2();
-int RunTest_floor_union_vector4_3();
-int RunTest_floor_union_vector4_4();
-int RunTest_floor_union_vector4_5();
-int RunTest_floor_union_vector4_6();
-int RunTest_floor_union_vector8_1();
-int RunTest_floor_union_vector8_2();
-int RunTest_floor_union_vector8_3();
-int RunTest_floor_union_vector8_4();
-int RunTest_floor_union_vector8_5();
-int RunTest_floor_union_vector8_6();
+/// A row's name, for instance "add_union_arrays_1", and its runner.
+struct NamedRunner {
+  std::string_view name;
+  int (*run)();
+};
 
-int RunTest_multiply_union_arrays_1();
-int RunTest_multiply_union_arrays_2();
-int RunTest_multiply_union_arrays_3();
-int RunTest_multiply_union_arrays_4();
-int RunTest_multiply_union_arrays_5();
-int RunTest_multiply_union_arrays_6();
-int RunTest_multiply_union_scalar_1();
-int RunTest_multiply_union_scalar_2();
-int RunTest_multiply_union_scalar_3();
-int RunTest_multiply_union_scalar_4();
-int RunTest_multiply_union_scalar_5();
-int RunTest_multiply_union_scalar_6();
-int RunTest_multiply_union_vector16_1();
-int RunTest_multiply_union_vector16_2();
-int RunTest_multiply_union_vector16_3();
-int RunTest_multiply_union_vector16_4();
-int RunTest_multiply_union_vector16_5();
-int RunTest_multiply_union_vector16_6();
-int RunTest_multiply_union_vector2_1();
-int RunTest_multiply_union_vector2_2();
-int RunTest_multiply_union_vector2_3();
-int RunTest_multiply_union_vector2_4();
-int RunTest_multiply_union_vector2_5();
-int RunTest_multiply_union_vector2_6();
-int RunTest_multiply_union_vector3_1();
-int RunTest_multiply_union_vector3_2();
-int RunTest_multiply_union_vector3_3();
-int RunTest_multiply_union_vector3_4();
-int RunTest_multiply_union_vector3_5();
-int RunTest_multiply_union_vector3_6();
-int RunTest_multiply_union_vector4_1();
-int RunTest_multiply_union_vector4_2();
-int RunTest_multiply_union_vector4_3();
-int RunTest_multiply_union_vector4_4();
-int RunTest_multiply_union_vector4_5();
-int RunTest_multiply_union_vector4_6();
-int RunTest_multiply_union_vector8_1();
-int RunTest_multiply_union_vector8_2();
-int RunTest_multiply_union_vector8_3();
-int RunTest_multiply_union_vector8_4();
-int RunTest_multiply_union_vector8_5();
-int RunTest_multiply_union_vector8_6();
+/// All rows, in the order of the matrix.
+#define NAME(name) {#name, RunTest_##name},
+inline constexpr NamedRunner rows[] = {ALL_ROWS(NAME)};
+#undef NAME
 
-int RunTest_power_union_arrays_1();
-int RunTest_power_union_arrays_2();
-int RunTest_power_union_arrays_3();
-int RunTest_power_union_arrays_4();
-int RunTest_power_union_arrays_5();
-int RunTest_power_union_arrays_6();
-int RunTest_power_union_scalar_1();
-int RunTest_power_union_scalar_2();
-int RunTest_power_union_scalar_3();
-int RunTest_power_union_scalar_4();
-int RunTest_power_union_scalar_5();
-int RunTest_power_union_scalar_6();
-int RunTest_power_union_vector16_1();
-int RunTest_power_union_vector16_2();
-int RunTest_power_union_vector16_3();
-int RunTest_power_union_vector16_4();
-int RunTest_power_union_vector16_5();
-int RunTest_power_union_vector16_6();
-int RunTest_power_union_vector2_1();
-int RunTest_power_union_vector2_2();
-int RunTest_power_union_vector2_3();
-int RunTest_power_union_vector2_4();
-int RunTest_power_union_vector2_5();
-int RunTest_power_union_vector2_6();
-int RunTest_power_union_vector3_1();
-int RunTest_power_union_vector3_2();
-int RunTest_power_union_vector3_3();
-int RunTest_power_union_vector3_4();
-int RunTest_power_union_vector3_5();
-int RunTest_power_union_vector3_6();
-int RunTest_power_union_vector4_1();
-int RunTest_power_union_vector4_2();
-int RunTest_power_union_vector4_3();
-int RunTest_power_union_vector4_4();
-int RunTest_power_union_vector4_5();
-int RunTest_power_union_vector4_6();
-int RunTest_power_union_vector8_1();
-int RunTest_power_union_vector8_2();
-int RunTest_power_union_vector8_3();
-int RunTest_power_union_vector8_4();
-int RunTest_power_union_vector8_5();
-int RunTest_power_union_vector8_6();
+/// The rows that a run takes, in their order: all but the power family, which comes last. All draw
+/// from one stream, so the place of a row decides its data.
+inline constexpr std::span schedule = std::span(rows).first<168>();
+
+#undef ROWS_OF_LAYOUT
+#undef ROWS_OF_OPERATION
+#undef ALL_ROWS

@@ -4,13 +4,11 @@
 #include <cstddef>
 #include <string_view>
 
+#include "kernels/matrix.h"
+
 // The OpenCL C texts of all rows. A text is one template with a few places filled in, expanded when
 // the row is compiled. The blanks behind each line are part of it: they reach the device compiler,
 // their count belongs to the line of the template and does not depend on what is filled in.
-
-enum class Operation { add, copy, floor, multiply, power };
-enum class Shape { arrays, scalar, vector2, vector3, vector4, vector8, vector16 };
-enum class Element { int_, uint_, short_, ushort_, char_, uchar_ };
 
 namespace kernel_text {
 
@@ -18,7 +16,7 @@ namespace kernel_text {
 struct Row {
   Operation operation;
   Shape shape;
-  Element element;
+  ElementType element;
 };
 
 constexpr std::size_t Index(auto enumerator) { return static_cast<std::size_t>(enumerator); }
@@ -32,7 +30,7 @@ constexpr bool InVectors(Row row) { return !InArrays(row) && !InScalar(row); }
 constexpr bool TwoInputs(Row row) {
   return row.operation == Operation::add || row.operation == Operation::multiply;
 }
-constexpr bool InScalarUint(Row row) { return InScalar(row) && row.element == Element::uint_; }
+constexpr bool InScalarUint(Row row) { return InScalar(row) && row.element == ElementType::uint_; }
 constexpr bool InScalarTwoInputs(Row row) { return InScalar(row) && TwoInputs(row); }
 constexpr bool InScalarOneInput(Row row) { return InScalar(row) && !TwoInputs(row); }
 constexpr bool InScalarCopy(Row row) { return InScalar(row) && row.operation == Operation::copy; }
@@ -259,12 +257,12 @@ consteval std::array<char, length + 1> Expand(Row row) {
   return text;
 }
 
-template <Operation operation, Shape shape, Element element>
+template <Operation operation, Shape shape, ElementType element>
 inline constexpr auto text = Expand<Length({operation, shape, element})>({operation, shape,
                                                                           element});
 
 }  // namespace kernel_text
 
 /// The complete text of a row, NUL-terminated, in static storage.
-template <Operation operation, Shape shape, Element element>
+template <Operation operation, Shape shape, ElementType element>
 inline constexpr const char* KernelText = kernel_text::text<operation, shape, element>.data();

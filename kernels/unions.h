@@ -13,9 +13,9 @@
 ///
 /// The unions keep the ordinary alignment of their members, because nothing on the host needs more
 /// and the arrays come from plain new[].
-template <class ElementType, int Lanes, int Slots, int Stride>
+template <class T, int Lanes, int Slots, int Stride>
 struct Unions {
-  using Element = ElementType;
+  using Element = T;
   static constexpr int lanes = Lanes;
 
   union InputA {

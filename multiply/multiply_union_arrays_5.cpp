@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::arrays, Element::char_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::arrays, ElementType::char_>;
 constexpr char announcement[] = "Running test multiply_union_arrays_5..";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::scalar, Element::uint_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::scalar, ElementType::uint_>;
 constexpr char announcement[] = "Running test multiply_union_scalar_2...";
 }  // namespace
 

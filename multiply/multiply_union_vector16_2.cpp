@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector16, Element::uint_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector16, ElementType::uint_>;
 constexpr char announcement[] = "Running test multiply_union_vector16_2...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector2, Element::short_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector2, ElementType::short_>;
 constexpr char announcement[] = "Running test multiply_union_vector2_3...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, Element::int_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, ElementType::int_>;
 constexpr char announcement[] = "Running test multiply_union_vector3_1...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, Element::short_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, ElementType::short_>;
 constexpr char announcement[] = "Running test multiply_union_vector3_3...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, ElementType::ushort_>;
 constexpr char announcement[] = "Running test multiply_union_vector3_4...";
 }  // namespace
 

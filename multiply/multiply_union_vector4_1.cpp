@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, Element::int_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, ElementType::int_>;
 constexpr char announcement[] = "Running test multiply_union_vector4_1...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "multiply/multiply_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, Element::uint_>;
+const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, ElementType::uint_>;
 constexpr char announcement[] = "Running test multiply_union_vector4_2...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::arrays, Element::uint_>;
+const char* kernelSource = KernelText<Operation::power, Shape::arrays, ElementType::uint_>;
 constexpr char announcement[] = "Running test power_union_arrays_2...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::arrays, Element::uchar_>;
+const char* kernelSource = KernelText<Operation::power, Shape::arrays, ElementType::uchar_>;
 constexpr char announcement[] = "Running test power_union_arrays_6...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::scalar, Element::char_>;
+const char* kernelSource = KernelText<Operation::power, Shape::scalar, ElementType::char_>;
 constexpr char announcement[] = "Running test power_union_scalar_5...";
 }  // namespace
 

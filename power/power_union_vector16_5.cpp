@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector16, Element::char_>;
+const char* kernelSource = KernelText<Operation::power, Shape::vector16, ElementType::char_>;
 constexpr char announcement[] = "Running test power_union_vector16_5...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector2, Element::uint_>;
+const char* kernelSource = KernelText<Operation::power, Shape::vector2, ElementType::uint_>;
 constexpr char announcement[] = "Running test power_union_vector2_2...";
 }  // namespace
 

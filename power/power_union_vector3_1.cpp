@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector3, Element::int_>;
+const char* kernelSource = KernelText<Operation::power, Shape::vector3, ElementType::int_>;
 constexpr char announcement[] = "Running test power_union_vector3_1...";
 }  // namespace
 

@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector4, Element::ushort_>;
+const char* kernelSource = KernelText<Operation::power, Shape::vector4, ElementType::ushort_>;
 constexpr char announcement[] = "Running test power_union_vector4_4...";
 }  // namespace
 

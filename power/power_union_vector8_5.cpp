@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector8, Element::char_>;
+const char* kernelSource = KernelText<Operation::power, Shape::vector8, ElementType::char_>;
 constexpr char announcement[] = "Running test power_union_vector8_5...";
 }  // namespace
 

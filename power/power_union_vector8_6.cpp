@@ -1,7 +1,7 @@
 #include "power/power_case.h"
 
 namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector8, Element::uchar_>;
+const char* kernelSource = KernelText<Operation::power, Shape::vector8, ElementType::uchar_>;
 constexpr char announcement[] = "Running test power_union_vector8_6...";
 }  // namespace
 

@@ -85,7 +85,7 @@ TEST_F(Runner, ReleasesTheQueueOfEachRepetitionBeforeTheNext) {
 }
 
 // The three forms of repetition, on test objects of one class.
-const char* kernelSource = KernelText<Operation::add, Shape::arrays, Element::int_>;
+const char* kernelSource = KernelText<Operation::add, Shape::arrays, ElementType::int_>;
 class LocalCase : public AddCase<Arrays<cl_int>> {
  public:
   using AddCase::AddCase;
