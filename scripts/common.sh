@@ -53,6 +53,6 @@ quietly() {
 # Layers that the caller has named stay in place, nearer to the program.
 on_simulated_gpu() {
   export OCL_ICD_VENDORS=$simulated_driver
-  export OPENCL_LAYERS=$PWD/build/libsimulated_gpu.so${OPENCL_LAYERS:+:$OPENCL_LAYERS}
+  export OPENCL_LAYERS=$PWD/build/layers/libsimulated_gpu.so${OPENCL_LAYERS:+:$OPENCL_LAYERS}
   exec "$@"
 }

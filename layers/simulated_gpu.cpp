@@ -1,15 +1,13 @@
 // An OpenCL layer that makes a GPU of an interpreting driver: a device with a floating-point mode
-// of its own, in a process whose floating-point mode and random numbers stay the host's. The loader
-// takes it from OPENCL_LAYERS.
+// of its own, in a process whose floating-point mode and random numbers stay the host's.
 //
 // The device has no denormals: it takes them as zero and flushes them. With
 // SIMULATED_GPU_KEEP_DENORMALS set to anything but the empty string, it keeps them.
 
-#include <CL/cl_layer.h>
-
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
+
+#include "layers/layer.h"
 
 namespace {
 
@@ -19,7 +17,6 @@ template <class Scope, auto entryPoint, class Return, class... Arguments>
 Return CL_API_CALL Within(Arguments... arguments);
 cl_int CL_API_CALL GetDeviceInfo(cl_device_id, cl_device_info, size_t, void*, size_t*);
 
-// What the layer stands before. The loader forwards every entry point that is null here.
 consteval cl_icd_dispatch Hooks() {
   using Entry = cl_icd_dispatch;
   cl_icd_dispatch hooks{};
@@ -31,33 +28,24 @@ consteval cl_icd_dispatch Hooks() {
   hooks.clBuildProgram = Within<PrivateRandom, &Entry::clBuildProgram>;
   hooks.clCompileProgram = Within<PrivateRandom, &Entry::clCompileProgram>;
   hooks.clLinkProgram = Within<PrivateRandom, &Entry::clLinkProgram>;
-  hooks.clCreateProgramWithBinary = Within<PrivateRandom, &Entry::clCreateProgramWithBinary>;
 
   // The driver executes a queue when somebody waits for it, which each of these calls can do.
-  hooks.clFlush = Within<DeviceFloats, &Entry::clFlush>;
   hooks.clFinish = Within<DeviceFloats, &Entry::clFinish>;
   hooks.clWaitForEvents = Within<DeviceFloats, &Entry::clWaitForEvents>;
   hooks.clReleaseCommandQueue = Within<DeviceFloats, &Entry::clReleaseCommandQueue>;
   hooks.clEnqueueReadBuffer = Within<DeviceFloats, &Entry::clEnqueueReadBuffer>;
-  hooks.clEnqueueReadBufferRect = Within<DeviceFloats, &Entry::clEnqueueReadBufferRect>;
-  hooks.clEnqueueReadImage = Within<DeviceFloats, &Entry::clEnqueueReadImage>;
   hooks.clEnqueueWriteBuffer = Within<DeviceFloats, &Entry::clEnqueueWriteBuffer>;
-  hooks.clEnqueueWriteBufferRect = Within<DeviceFloats, &Entry::clEnqueueWriteBufferRect>;
-  hooks.clEnqueueWriteImage = Within<DeviceFloats, &Entry::clEnqueueWriteImage>;
   hooks.clEnqueueMapBuffer = Within<DeviceFloats, &Entry::clEnqueueMapBuffer>;
-  hooks.clEnqueueMapImage = Within<DeviceFloats, &Entry::clEnqueueMapImage>;
   return hooks;
 }
 
-constexpr cl_icd_dispatch hooks = Hooks();
-const cl_icd_dispatch* driver = nullptr;
 bool keepsDenormals = false;
 
 // Calls the driver while a Scope lives.
 template <class Scope, auto entryPoint, class Return, class... Arguments>
 Return CL_API_CALL Within(Arguments... arguments) {
   const Scope scope;
-  return (driver->*entryPoint)(arguments...);
+  return (layer::below->*entryPoint)(arguments...);
 }
 
 // Gives rand, which shares its state with random, numbers of its own, and the host's state back.
@@ -89,6 +77,8 @@ struct DeviceFloats {
     return mode;
   }
   static void Set(Register mode) { asm volatile("msr fpcr, %0" : : "r"(mode)); }
+#else
+#error "this processor's floating-point mode is unknown"
 #endif
   DeviceFloats() : host(Get()) { Set(keepsDenormals ? initial : initial | flush); }
   ~DeviceFloats() { Set(host); }
@@ -97,7 +87,7 @@ struct DeviceFloats {
 
 cl_int CL_API_CALL GetDeviceInfo(cl_device_id device, cl_device_info name, size_t size, void* value,
                                  size_t* sizeReturned) {
-  const cl_int code = driver->clGetDeviceInfo(device, name, size, value, sizeReturned);
+  const cl_int code = layer::below->clGetDeviceInfo(device, name, size, value, sizeReturned);
   if (code == CL_SUCCESS && name == CL_DEVICE_SINGLE_FP_CONFIG && value != nullptr) {
     auto& config = *static_cast<cl_device_fp_config*>(value);
     const cl_device_fp_config denormals = CL_FP_DENORM;
@@ -108,30 +98,10 @@ cl_int CL_API_CALL GetDeviceInfo(cl_device_id device, cl_device_info name, size_
 
 }  // namespace
 
-cl_int CL_API_CALL clGetLayerInfo(cl_layer_info name, size_t size, void* value,
-                                  size_t* sizeReturned) {
-  constexpr cl_layer_api_version version = CL_LAYER_API_VERSION_100;
-  constexpr char layerName[] = "simulated GPU";
-  const bool wantsName = name == CL_LAYER_NAME;
-  if (!wantsName && name != CL_LAYER_API_VERSION) return CL_INVALID_VALUE;
-  const void* answer = wantsName ? static_cast<const void*>(layerName) : &version;
-  const size_t answerSize = wantsName ? sizeof layerName : sizeof version;
-  if (value != nullptr && size < answerSize) return CL_INVALID_VALUE;
-  if (value != nullptr) std::memcpy(value, answer, answerSize);
-  if (sizeReturned != nullptr) *sizeReturned = answerSize;
-  return CL_SUCCESS;
-}
+const char* const layer::name = "simulated GPU";
+constinit const cl_icd_dispatch layer::hooks = Hooks();
 
-cl_int CL_API_CALL clInitLayer(cl_uint numEntries, const cl_icd_dispatch* target,
-                               cl_uint* numEntriesReturned, const cl_icd_dispatch** layer) {
-  constexpr cl_uint entries = sizeof(cl_icd_dispatch) / sizeof(void*);
-  if (target == nullptr || layer == nullptr || numEntriesReturned == nullptr ||
-      numEntries < entries)
-    return CL_INVALID_VALUE;
+void layer::Start() {
   const char* keep = std::getenv("SIMULATED_GPU_KEEP_DENORMALS");
   keepsDenormals = keep != nullptr && *keep != '\0';
-  driver = target;
-  *layer = &hooks;
-  *numEntriesReturned = entries;
-  return CL_SUCCESS;
 }

@@ -6,13 +6,14 @@
 //   wall     from the first call to the end
 //   memory   the process's largest resident set
 
-#include <CL/cl_layer.h>
 #include <sys/resource.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+
+#include "layers/layer.h"
 
 namespace {
 
@@ -65,9 +66,6 @@ consteval cl_icd_dispatch Hooks() {
   return hooks;
 }
 
-constexpr cl_icd_dispatch hooks = Hooks();
-const cl_icd_dispatch* below = nullptr;
-
 std::int64_t Now(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
@@ -94,12 +92,12 @@ Return CL_API_CALL Timed(Arguments... arguments) {
     std::int64_t entered;
   };
   const Call call;
-  return (below->*entryPoint)(arguments...);
+  return (layer::below->*entryPoint)(arguments...);
 }
 
 __attribute__((destructor)) void Report() {
   const char* path = std::getenv("CALL_TIMES");
-  if (path == nullptr || below == nullptr) return;
+  if (path == nullptr || layer::below == nullptr) return;
   own += Now(CLOCK_THREAD_CPUTIME_ID) - outsideSince;
   const std::int64_t wall = Now(CLOCK_MONOTONIC) - start;
   rusage usage{};
@@ -116,26 +114,10 @@ __attribute__((destructor)) void Report() {
 
 }  // namespace
 
-cl_int CL_API_CALL clGetLayerInfo(cl_layer_info name, size_t size, void* value,
-                                  size_t* sizeReturned) {
-  constexpr cl_layer_api_version version = CL_LAYER_API_VERSION_100;
-  if (name != CL_LAYER_API_VERSION) return CL_INVALID_VALUE;
-  if (value != nullptr && size < sizeof version) return CL_INVALID_VALUE;
-  if (value != nullptr) *static_cast<cl_layer_api_version*>(value) = version;
-  if (sizeReturned != nullptr) *sizeReturned = sizeof version;
-  return CL_SUCCESS;
-}
+const char* const layer::name = "call times";
+constinit const cl_icd_dispatch layer::hooks = Hooks();
 
-cl_int CL_API_CALL clInitLayer(cl_uint numEntries, const cl_icd_dispatch* target,
-                               cl_uint* numEntriesReturned, const cl_icd_dispatch** layer) {
-  constexpr cl_uint entries = sizeof(cl_icd_dispatch) / sizeof(void*);
-  if (target == nullptr || layer == nullptr || numEntriesReturned == nullptr ||
-      numEntries < entries)
-    return CL_INVALID_VALUE;
-  below = target;
-  *layer = &hooks;
-  *numEntriesReturned = entries;
+void layer::Start() {
   start = Now(CLOCK_MONOTONIC);
   outsideSince = Now(CLOCK_THREAD_CPUTIME_ID);
-  return CL_SUCCESS;
 }
