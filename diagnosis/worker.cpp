@@ -1,0 +1,3 @@
+#include "diagnosis/worker.h"
+
+int diagnosis::WorkerMain() { return 2; }
