@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,12 @@ enum class Status {
 
 /// "Pass", "Fail", "BuildError", ...
 std::string_view NameOf(Status status);
+
+/// The status of that name, or nothing.
+std::optional<Status> StatusNamed(std::string_view name);
+
+/// How the reason begins for which a row was not run because a list of skips names it.
+inline constexpr std::string_view skipped = "skipped";
 
 /// The status of a record by itself: one of the first eight.
 Status StatusOf(const Record& record);

@@ -91,6 +91,7 @@ struct RunInfo {
   std::string start;                  // UTC, ISO 8601
   std::string end;                    // empty if the run was cut off
   std::vector<std::string> selected;  // rows, in the order of the matrix
+  std::vector<std::string> running;   // those that were being run when this was written
 };
 
 struct Run {
@@ -102,8 +103,12 @@ struct Run {
 /// be UTF-8.
 std::string ToJson(const Record& record);
 
+/// run.json.
+std::string ToJson(const RunInfo& info);
+
 /// The run that was written into `folder` as run.json and records.jsonl. Throws std::runtime_error
-/// with one line for a person if they are not there, damaged, or of another version.
+/// with one line for a person if they are not there, damaged, or of another version. A run that was
+/// cut off is read as far as it came; its other rows are there as not run.
 Run ReadRun(const std::string& folder);
 
 }  // namespace diagnosis
