@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "diagnosis/arithmetic.h"
 #include "diagnosis/record.h"
 #include "diagnosis/row.h"
 
@@ -17,7 +18,8 @@ struct WrongLane {
   int lane;
   float answer;                       // the device's
   float right;                        // the answer that is right, or the nearest of those that are
-  std::optional<std::uint64_t> ulps;  // between them; none if one of them is a NaN
+  std::optional<std::uint64_t> ulps;  // between them; none if one of them is a NaN, and 0 if a
+                                      // zero has the wrong sign
 };
 
 /// The second opinion on a row: whether the device is right by OpenCL C 1.2, full profile, in every
@@ -29,6 +31,13 @@ struct Opinion {
   std::vector<WrongLane> wrong;    // in the order of repetition, element, lane
   std::uint64_t greatestUlps = 0;  // of all lanes judged, the right ones too
 };
+
+/// Whether all that the row takes went to the device in that repetition and its result came back.
+bool IsSeen(const Row& row, const Repetition& repetition);
+
+/// The answers that are right in a lane of a repetition that is seen.
+RightAnswers RightAnswersOf(const Row& row, const Repetition& repetition, int element, int lane,
+                            const FloatMode& mode);
 
 /// The opinion on one run of a row on that device.
 Opinion OpinionOf(const Record& record, const Device& device);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,12 @@ std::optional<Row> RowNamed(std::string_view name);
 
 /// The number of elements that a row fills, computes and compares.
 inline constexpr int elementsOfRow = 10;
+
+/// Lane `lane` of the element member at the front of `element`.
+std::int64_t IntegerLane(const Row& row, std::span<const std::uint8_t> element, int lane);
+
+/// Lane `lane` of the float member at the front of `element`.
+float FloatLane(std::span<const std::uint8_t> element, int lane);
 
 /// The exponent of a power row: the lane in arrays rows, else the element.
 int ExponentOf(const Row& row, int element, int lane);
