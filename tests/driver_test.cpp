@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <new>
 #include <sstream>
 
 #include "tests/devices.h"
@@ -27,7 +28,7 @@ TEST_F(Driver, WithoutAGpuThereIsNoOutput) {
   }
 }
 
-TEST_F(Driver, TakesTheRoundingModeFromTheDevice) {
+TEST_F(Driver, TakesTheRoundingModeFromTheFirstDevice) {
   const struct {
     cl_device_fp_config config;
     cl_int code;
@@ -35,20 +36,22 @@ TEST_F(Driver, TakesTheRoundingModeFromTheDevice) {
   } cases[] = {
       {CL_FP_ROUND_TO_NEAREST | CL_FP_DENORM, CL_SUCCESS, FE_TONEAREST},
       {CL_FP_ROUND_TO_NEAREST, CL_SUCCESS, FE_TONEAREST},
-      {CL_FP_DENORM | CL_FP_ROUND_TO_ZERO, CL_SUCCESS, FE_TOWARDZERO},
+      {~cl_device_fp_config{CL_FP_ROUND_TO_NEAREST}, CL_SUCCESS, FE_TOWARDZERO},
       {0, CL_SUCCESS, FE_TOWARDZERO},
       {CL_FP_ROUND_TO_NEAREST | CL_FP_DENORM, CL_INVALID_VALUE, FE_TOWARDZERO},
   };
   for (const auto& [config, code, expected] : cases) {
     ResetMachine();
     std::fesetround(FE_TONEAREST);
+    Machine().platforms = 2;
+    Machine().devices = 2;
     Machine().singleFpConfig = config;
     Machine().Fail("clGetDeviceInfo", code);
     Machine().Fail("clCreateContextFromType", CL_DEVICE_NOT_AVAILABLE, 0);
     EXPECT_EQ(Collect(RunSuite).result, 0);
     EXPECT_EQ(std::fegetround(), expected) << config << ", " << code;
-    const std::vector<std::string> probe = {"clGetPlatformIDs", "clGetDeviceIDs type 4",
-                                            "clGetDeviceInfo 4123 size 8"};
+    const std::vector<std::string> probe = {"clGetPlatformIDs", "clGetDeviceIDs platform 0 type 4",
+                                            "clGetDeviceInfo device 0 4123 size 8"};
     EXPECT_EQ(std::vector(Machine().calls.begin(), Machine().calls.begin() + 3), probe);
   }
 }
@@ -104,6 +107,19 @@ TEST_F(Driver, WritesTheGoldenFilesOnTheScriptedDeviceToo) {
     golden << std::ifstream(std::string(GOLDEN_FILES "/") + file).rdbuf();
     EXPECT_EQ(Collect(RunSuite).out, golden.str()) << file;
   }
+}
+
+TEST_F(Driver, AnExceptionOtherThanClErrorEndsTheRunWithoutASummary) {
+  int launches = 0;
+  Machine().device = [&](const Launch& launch) {
+    if (++launches == 13) throw std::bad_alloc();
+    DeviceForAll()(launch);
+  };
+  const Outcome outcome = CollectUntilBadAlloc(RunSuite);
+  EXPECT_TRUE(outcome.out.ends_with("...\nRUN 1: PASSED\nRUN 2: PASSED\n")) << outcome.out;
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(launches, 13);
+  EXPECT_EQ(LiveObjects(), 0);
 }
 
 TEST_F(Driver, CountsWhatTheRunnersReturn) {

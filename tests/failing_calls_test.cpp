@@ -40,7 +40,7 @@ void Check(const Row& row, bool mismatch, const std::vector<std::string>& calls,
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.result, good.result);
     EXPECT_EQ(outcome.draws, good.draws);
-    EXPECT_EQ(outcome.hostArrays, 0);
+    EXPECT_EQ(outcome.hostArrays.Alive(), 0);
     return;
   }
   const std::string shown = name.starts_with("clRetain") ? "Retain Object" : name;
@@ -59,7 +59,7 @@ void Check(const Row& row, bool mismatch, const std::vector<std::string>& calls,
   EXPECT_EQ(outcome.draws, drawn * DrawsPerRun(row));
   EXPECT_EQ(outcome.result, mismatch && reported > 0 ? 0 : 1);
   const bool allocated = CountBefore(calls, failed, "clCreateKernel") > 0;
-  EXPECT_EQ(outcome.hostArrays, allocated ? (row.twoInputs ? 4 : 3) : 0);
+  EXPECT_EQ(outcome.hostArrays.Alive(), allocated ? (row.twoInputs ? 4 : 3) : 0);
 }
 
 TEST_F(FailingCalls, EachCallAtItsFirstMiddleAndLastOccurrence) {
@@ -77,7 +77,7 @@ TEST_F(FailingCalls, EachCallAtItsFirstMiddleAndLastOccurrence) {
       ResetMachine();
       const Outcome good = run();
       EXPECT_EQ(good.result, mismatch ? 0 : 1);
-      EXPECT_EQ(good.hostArrays, 0);
+      EXPECT_EQ(good.hostArrays.Alive(), 0);
       const std::vector<std::string> calls = Machine().calls;
 
       std::map<std::string, std::vector<std::size_t>> occurrences;

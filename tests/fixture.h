@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cfenv>
+#include <functional>
 #include <sstream>
-#include <streambuf>
 #include <string>
 #include <vector>
 
+#include "tests/host_arrays.h"
 #include "tests/scripted_opencl.h"
 #include "tests/scripted_rand.h"
 
@@ -17,7 +18,7 @@ struct Outcome {
   std::string out;
   std::string err;
   int draws = 0;
-  int hostArrays = 0;     // from new[], not freed
+  HostArrays hostArrays;
   int aliveAtError = -1;  // OpenCL objects when it first wrote "ERROR: "; -1 if it did not
 };
 
@@ -27,8 +28,12 @@ class SuiteTest : public testing::Test {
   SuiteTest();
   ~SuiteTest() override;
 
-  /// Calls a runner, or the driver, and collects what it wrote.
-  static Outcome Collect(int (*function)());
+  /// Calls a runner, or the driver, and collects what it wrote. Every line must be flushed before
+  /// the next thing is written.
+  static Outcome Collect(const std::function<int()>& function);
+
+  /// The same for a call that must end with std::bad_alloc.
+  static Outcome CollectUntilBadAlloc(int (*function)());
 };
 
 /// "Running test ...", then one RUN line for each word.

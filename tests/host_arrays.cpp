@@ -5,21 +5,28 @@
 
 namespace {
 
-int live = 0;
+// Never destroyed, because the last arrays go after main.
+HostArrays& Log() {
+  static auto& log = *new HostArrays;
+  return log;
+}
 
 }  // namespace
 
-int LiveHostArrays() { return live; }
+const HostArrays& MadeHostArrays() { return Log(); }
+
+void StartHostArrays() { Log() = {}; }
 
 void* operator new[](std::size_t size) {
   void* memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
-  ++live;
+  Log().made.push_back(memory);
+  Log().sizes.push_back(size);
   return memory;
 }
 
 void operator delete[](void* memory) noexcept {
-  if (memory != nullptr) --live;
+  if (memory != nullptr) Log().freed.push_back(memory);
   std::free(memory);
 }
 

@@ -1,9 +1,11 @@
 #include "harness/host_floating_point.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cfenv>
+#include <csignal>
 #include <cstdint>
 #include <limits>
 
@@ -11,6 +13,18 @@
 static_assert(FE_TONEAREST == 0 && FE_UPWARD == 0x400000 && FE_DOWNWARD == 0x800000 &&
               FE_TOWARDZERO == 0xC00000);
 #endif
+
+namespace {
+
+bool inUnknownMode = false;
+
+}  // namespace
+
+// Stands before the C library's, to tell of a rounding mode that no processor here has.
+extern "C" int fegetround() noexcept {
+  static const auto real = reinterpret_cast<int (*)()>(dlsym(RTLD_NEXT, "fegetround"));
+  return inUnknownMode ? -1 : real();
+}
 
 namespace {
 
@@ -42,6 +56,14 @@ TEST_F(HostFloatingPoint, SetHostRoundingReturnsTheModeBefore) {
   EXPECT_EQ(SetHostRounding(3, 6), 2);
   EXPECT_EQ(SetHostRounding(1, 6), 3);
   EXPECT_EQ(SetHostRounding(1, 6), 1);
+}
+
+TEST_F(HostFloatingPoint, SetHostRoundingAbortsIfItFindsAnUnknownMode) {
+  const auto call = [] {
+    inUnknownMode = true;
+    SetHostRounding(4, 6);
+  };
+  EXPECT_EXIT(call(), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST_F(HostFloatingPoint, ForceFlushToZeroLeavesDenormalsAlone) {

@@ -92,43 +92,46 @@ TEST_F(Matrix, EveryRowLooksAtTheLanesItShould) {
   }
 }
 
+// From lane 0 of element 3 on, and from its last lane on where that alone is a mismatch.
 TEST_F(Matrix, EveryRowWritesTheLineOfTheFirstMismatch) {
   for (const Row& row : Rows()) {
-    SCOPED_TRACE(row.name);
-    ResetMachine();
-    ResetRand();
-    float c = 0;
-    float x = 0;
-    int shownElement = -1;
-    int shownLane = -1;
-    Machine().device = [&](const Launch& launch) {
-      DeviceFor(row, [&](int number, int element, int lane, float right) {
-        if (number != 1 || element < 3) return right;
-        if (shownElement < 0 && std::isfinite(right)) {
-          c = right;
-          shownElement = element;
-          shownLane = lane;
+    for (const int firstLane : std::set<int>{0, AnyLaneSuffices(row) ? 0 : row.lanes - 1}) {
+      SCOPED_TRACE(row.name + ", lane " + std::to_string(firstLane));
+      ResetMachine();
+      ResetRand();
+      float c = 0;
+      float x = 0;
+      int shownElement = -1;
+      int shownLane = -1;
+      Machine().device = [&](const Launch& launch) {
+        DeviceFor(row, [&](int number, int element, int lane, float right) {
+          if (number != 1 || element < 3 || (element == 3 && lane < firstLane)) return right;
+          if (shownElement < 0 && std::isfinite(right)) {
+            c = right;
+            shownElement = element;
+            shownLane = lane;
+          }
+          return -0.25F - static_cast<float>(lane + 16 * element);
+        })(launch);
+        if (Machine().launches.empty()) {
+          const auto element = static_cast<std::size_t>(shownElement);
+          x = IntegerLane(row, launch.buffers[0].subspan(element * row.stride), shownLane);
         }
-        return -0.25F - static_cast<float>(lane + 16 * element);
-      })(launch);
-      if (Machine().launches.empty()) {
-        const auto element = static_cast<std::size_t>(shownElement);
-        x = IntegerLane(row, launch.buffers[0].subspan(element * row.stride), shownLane);
-      }
-    };
-    const Outcome outcome = Collect(row.run);
-    const float d = -0.25F - static_cast<float>(shownLane + 16 * shownElement);
-    const std::string start =
-        Announcement(row) + "\n" + MismatchLine(row, x, shownElement, c, d) + "\nRUN 1: FAILED!\n";
-    EXPECT_EQ(outcome.out.substr(0, start.size()), start);
-    EXPECT_EQ(outcome.result, 0);
-    // The words of the repetitions behind it tell the form.
-    const bool eachForItself = row.operation == "power";
-    const std::string behind = eachForItself ? "PASSED" : "FAILED!";
-    std::string rest;
-    for (int repetition = 2; repetition <= RunLines(row); ++repetition)
-      rest += "RUN " + std::to_string(repetition) + ": " + behind + "\n";
-    EXPECT_EQ(outcome.out.substr(start.size()), rest);
+      };
+      const Outcome outcome = Collect(row.run);
+      const float d = -0.25F - static_cast<float>(shownLane + 16 * shownElement);
+      const std::string start = Announcement(row) + "\n" +
+                                MismatchLine(row, x, shownElement, c, d) + "\nRUN 1: FAILED!\n";
+      EXPECT_EQ(outcome.out.substr(0, start.size()), start);
+      EXPECT_EQ(outcome.result, 0);
+      // The words of the repetitions behind it tell the form.
+      const bool eachForItself = row.operation == "power";
+      const std::string behind = eachForItself ? "PASSED" : "FAILED!";
+      std::string rest;
+      for (int repetition = 2; repetition <= RunLines(row); ++repetition)
+        rest += "RUN " + std::to_string(repetition) + ": " + behind + "\n";
+      EXPECT_EQ(outcome.out.substr(start.size()), rest);
+    }
   }
 }
 
@@ -207,10 +210,12 @@ TEST_F(Matrix, ANegativeZeroEqualsAPositiveOne) {
 // The float operand of the narrow rows is what the later element stores made of it.
 TEST_F(Matrix, FloatOperandsThatElementStoresMade) {
   // Draws for lanes 0 to 3 of arrays of char: a, h, k, b for each. The bytes of b[0] are the low
-  // byte of its own float, which is 0, and k[1], k[2], k[3].
-  const auto draws = [](int k1, int k2, int k3) {
-    return std::vector<int>{0, 65536, 0, 65536, 5, 0, k1, 0, 6, 0, k2, 0, 7, 0, k3, 0};
+  // byte of its own float and k[1], k[2], k[3].
+  const auto drawsOf = [](int b0, int k1, int k2, int k3) {
+    return std::vector<int>{0, 65536, 0, b0, 5, 0, k1, 0, 6, 0, k2, 0, 7, 0, k3, 0};
   };
+  const auto draws = [&](int k1, int k2, int k3) { return drawsOf(65536, k1, k2, k3); };
+  constexpr int endsInFF = 8388608 + 0xFF;
   const struct {
     const char* description;
     std::vector<int> draws;
@@ -220,6 +225,8 @@ TEST_F(Matrix, FloatOperandsThatElementStoresMade) {
       {"an infinity lets any answer pass", draws(0, 0x80, 0x7F), 42, true},
       {"a negative infinity too", draws(0, 0x80, 0xFF), 42, true},
       {"and a NaN", draws(1, 0x80, 0x7F), 42, true},
+      {"and the last NaN, which has zero two units on", drawsOf(endsInFF, 0xFF, 0xFF, 0x7F), 42,
+       true},
       {"the largest finite float does not", draws(0xFF, 0x7F, 0x7F), 42, false},
       {"a denormal counts as zero", draws(0xFF, 0x7F, 0), 0, true},
       {"a negative one too", draws(0xFF, 0x7F, 0x80), 0, true},

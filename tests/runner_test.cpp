@@ -1,8 +1,9 @@
 // The life of one test, seen from OpenCL and from the two output streams.
 
 #include <algorithm>
-#include <new>
 #include <sstream>
+#include <tuple>
+#include <utility>
 
 #include "add/add_case.h"
 #include "harness/rows.h"
@@ -65,12 +66,43 @@ TEST_F(Runner, MakesTheseCallsInThisOrder) {
 }
 
 TEST_F(Runner, ReleasesLastMadeFirst) {
-  Collect(RunTest_add_union_arrays_1);
-  std::vector<std::string> ends(Machine().calls.end() - 9, Machine().calls.end());
-  EXPECT_EQ(ends, (std::vector<std::string>{
-                      "clReleaseMemObject", "clReleaseMemObject", "clReleaseMemObject",
-                      "clReleaseKernel", "clReleaseContext", "clReleaseProgram",  // test object
-                      "clReleaseProgram", "clReleaseDevice", "clReleaseContext"}));
+  // Of the test object, and then of the runner.
+  const std::vector<std::string> behindTheBuffers = {"clReleaseKernel",  "clReleaseContext",
+                                                     "clReleaseProgram", "clReleaseProgram",
+                                                     "clReleaseDevice",  "clReleaseContext"};
+  for (const auto& [name, buffers] :
+       {std::pair{"add_union_arrays_1", 3}, {"floor_union_vector2_1", 2}}) {
+    ResetMachine();
+    Machine().device = DeviceFor(RowNamed(name));
+    Collect(RowNamed(name).run);
+    std::vector<std::string> expected;
+    for (int buffer = buffers; buffer-- > 0;)
+      expected.push_back("clReleaseMemObject buffer " + std::to_string(buffer));
+    expected.insert(expected.end(), behindTheBuffers.begin(), behindTheBuffers.end());
+    const auto count = static_cast<std::ptrdiff_t>(expected.size());
+    const std::vector<std::string> ends(Machine().calls.end() - count, Machine().calls.end());
+    EXPECT_EQ(ends, expected) << name;
+  }
+}
+
+TEST_F(Runner, MakesAndFreesTheHostArraysInTheirOrder) {
+  for (const auto& [name, stride, inputs] : {std::tuple{"multiply_union_arrays_2", 32U, 2U},
+                                             {"add_union_vector16_5", 64U, 2U},
+                                             {"copy_union_vector3_4", 32U, 1U},
+                                             {"power_union_vector16_1", 64U, 1U}}) {
+    SCOPED_TRACE(name);
+    ResetMachine();
+    Machine().device = DeviceFor(RowNamed(name));
+    const HostArrays arrays = Collect(RowNamed(name).run).hostArrays;
+    // The inputs, which are written; the device's results, which are read; the references.
+    std::vector<std::size_t> sizes(inputs + 1, std::size_t{256} * stride);
+    sizes.push_back(std::size_t{10} * stride);
+    EXPECT_EQ(arrays.sizes, sizes);
+    EXPECT_EQ(arrays.freed, arrays.made);
+    ASSERT_EQ(Machine().hostEnds.size(), 10 * (inputs + 1));
+    for (std::size_t i = 0; i < Machine().hostEnds.size(); ++i)
+      EXPECT_EQ(Machine().hostEnds[i], arrays.made.at(i % (inputs + 1)));
+  }
 }
 
 TEST_F(Runner, ReleasesTheQueueOfEachRepetitionBeforeTheNext) {
@@ -78,7 +110,7 @@ TEST_F(Runner, ReleasesTheQueueOfEachRepetitionBeforeTheNext) {
   int alive = 0;
   for (const std::string& call : Machine().calls) {
     if (call.starts_with("clCreateCommandQueue")) ++alive;
-    if (call == "clReleaseCommandQueue") --alive;
+    if (call.starts_with("clReleaseCommandQueue")) --alive;
     EXPECT_LE(alive, 1);
   }
   EXPECT_EQ(Machine().Count("clReleaseCommandQueue"), 10);
@@ -148,6 +180,51 @@ TEST_F(Runner, RepeatsInTheFormOfTheRow) {
     EXPECT_EQ(outcome.result, result);
     EXPECT_EQ(outcome.err, "");
   }
+}
+
+// A test of another number of elements, all of which it fills and compares.
+template <int count>
+class Counted : public LocalCase {
+ public:
+  Counted(const cl::Program& program, const cl::Context& context, std::vector<cl::Device>* devices,
+          int /*numElements*/)
+      : LocalCase(program, context, devices, count) {}
+};
+template <int count>
+int RunCounted() {
+  return RunTest<Counted<count>>(kernelSource, "counted", OneRun(1));
+}
+
+TEST_F(Runner, RoundsTheElementCountUpToWholeWorkGroups) {
+  const struct {
+    int (*run)();
+    int count, globalSize;
+  } cases[] = {
+      {RunCounted<0>, 0, 0},       {RunCounted<1>, 1, 256},     {RunCounted<255>, 255, 256},
+      {RunCounted<256>, 256, 256}, {RunCounted<257>, 257, 512}, {RunCounted<512>, 512, 512},
+  };
+  for (const auto& [run, count, globalSize] : cases) {
+    SCOPED_TRACE(count);
+    ResetMachine();
+    Machine().device = [](const Launch& launch) {
+      for (std::byte& byte : launch.buffers.back()) byte = std::byte{0x42};
+    };
+    const Outcome outcome = Collect(run);
+    const auto size = static_cast<std::size_t>(globalSize) * 32;
+    EXPECT_EQ(outcome.hostArrays.sizes,
+              (std::vector<std::size_t>{size, size, size, static_cast<std::size_t>(count) * 32}));
+    ASSERT_EQ(Machine().launches.size(), 1U);
+    EXPECT_EQ(Machine().launches[0].globalSize, static_cast<std::size_t>(globalSize));
+    EXPECT_EQ(Machine().launches[0].numElements, count);
+    EXPECT_EQ(outcome.draws, 16 * count);
+    EXPECT_EQ(outcome.result, count == 0 ? 1 : 0);
+  }
+}
+
+TEST_F(Runner, RunsOnTheFirstOfSeveralPlatforms) {
+  // The scripted OpenCL holds the context to its first platform.
+  Machine().platforms = 3;
+  EXPECT_EQ(Collect(RunTest_add_union_arrays_1).out, Lines(announcement, Words(10, "PASSED")));
 }
 
 TEST_F(Runner, WithoutPlatformsTheTestFails) {
@@ -260,9 +337,21 @@ TEST_F(Runner, AFailingReleaseIsNobodysError) {
 }
 
 TEST_F(Runner, AnyOtherExceptionPassesThrough) {
-  Machine().device = [](const Launch&) { throw std::bad_alloc(); };
-  EXPECT_THROW(Collect(RunTest_add_union_arrays_1), std::bad_alloc);
-  EXPECT_EQ(LiveObjects(), 0);
+  // Out of the build it takes the logs along.
+  for (const auto& [entryPoint, out, err] :
+       {std::tuple{"clBuildProgram", "", "first\n\nsecond\n\n"},
+        {"clCreateContextFromType", "", ""},
+        {"clEnqueueReadBuffer", "Running test add_union_arrays_1...\n", ""}}) {
+    SCOPED_TRACE(entryPoint);
+    ResetMachine();
+    Machine().devices = 2;
+    Machine().buildLogs = {"first", "second"};
+    Machine().Throw(entryPoint);
+    const Outcome outcome = CollectUntilBadAlloc(RunTest_add_union_arrays_1);
+    EXPECT_EQ(outcome.out, out);
+    EXPECT_EQ(outcome.err, err);
+    EXPECT_EQ(LiveObjects(), 0);
+  }
 }
 
 }  // namespace

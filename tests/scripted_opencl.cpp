@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <memory>
+#include <new>
 #include <optional>
 #include <sstream>
 
@@ -93,14 +94,15 @@ cl_int Retain(const char* entryPoint, Handle handle, Kind kind) {
   return code;
 }
 
+std::string Buffer(Object& buffer) { return "buffer " + std::to_string(buffer.number); }
+
 // A release that fails has had its effect all the same, as far as the caller can tell.
 template <class Handle>
 cl_int Release(const char* entryPoint, Handle handle, Kind kind) {
-  --At(handle, kind).references;
-  return machine->Enter(entryPoint);
+  Object& object = At(handle, kind);
+  --object.references;
+  return machine->Enter(entryPoint, kind == Kind::buffer ? Buffer(object) : "");
 }
-
-std::string Buffer(Object& buffer) { return "buffer " + std::to_string(buffer.number); }
 
 template <class... Parts>
 std::string Text(const Parts&... parts) {
@@ -139,6 +141,8 @@ void ScriptedOpenCl::Fail(const std::string& entryPoint, cl_int code, int occurr
   failures_[entryPoint][occurrence] = code;
 }
 
+void ScriptedOpenCl::Throw(const std::string& entryPoint) { throwing_.insert(entryPoint); }
+
 int ScriptedOpenCl::Count(const std::string& entryPoint) const {
   const auto count = counts_.find(entryPoint);
   return count == counts_.end() ? 0 : count->second;
@@ -164,6 +168,7 @@ int LiveObjects() {
 cl_int ScriptedOpenCl::Enter(const std::string& entryPoint, const std::string& arguments) {
   const int occurrence = ++counts_[entryPoint];
   calls.push_back(arguments.empty() ? entryPoint : entryPoint + " " + arguments);
+  if (throwing_.contains(entryPoint)) throw std::bad_alloc();
   const auto& codes = failures_[entryPoint];
   for (const int key : {occurrence, 0}) {
     if (const auto code = codes.find(key); code != codes.end()) return code->second;
@@ -189,8 +194,8 @@ cl_int clGetPlatformInfo(cl_platform_id platform, cl_platform_info name, size_t 
 
 cl_int clGetDeviceIDs(cl_platform_id platform, cl_device_type type, cl_uint wanted,
                       cl_device_id* devices, cl_uint* count) {
-  const cl_int code = machine->Enter("clGetDeviceIDs", Text("type ", type));
-  At(platform, Kind::platform);
+  const int number = At(platform, Kind::platform).number;
+  const cl_int code = machine->Enter("clGetDeviceIDs", Text("platform ", number, " type ", type));
   if (code != CL_SUCCESS) return code;
   if (machine->devices == 0) return CL_DEVICE_NOT_FOUND;
   GiveOut(Kind::device, machine->devices, wanted, devices, count);
@@ -199,8 +204,9 @@ cl_int clGetDeviceIDs(cl_platform_id platform, cl_device_type type, cl_uint want
 
 cl_int clGetDeviceInfo(cl_device_id device, cl_device_info name, size_t size, void* value,
                        size_t* sizeReturned) {
-  const cl_int code = machine->Enter("clGetDeviceInfo", Text(name, " size ", size));
-  At(device, Kind::device);
+  const int number = At(device, Kind::device).number;
+  const cl_int code =
+      machine->Enter("clGetDeviceInfo", Text("device ", number, " ", name, " size ", size));
   if (code != CL_SUCCESS) return code;
   return Answer(&machine->singleFpConfig, sizeof machine->singleFpConfig, size, value,
                 sizeReturned);
@@ -319,6 +325,7 @@ cl_int clEnqueueWriteBuffer(cl_command_queue queue, cl_mem buffer, cl_bool block
   EXPECT_EQ(waitList, nullptr);
   EXPECT_EQ(event, nullptr);
   EXPECT_LE(offset + size, target.bytes.size());
+  machine->hostEnds.push_back(source);
   Object& lazy = At(queue, Kind::queue);
   if (code == CL_SUCCESS) {
     lazy.pending.emplace_back(
@@ -360,6 +367,7 @@ cl_int clEnqueueReadBuffer(cl_command_queue queue, cl_mem buffer, cl_bool blocki
   EXPECT_EQ(waitList, nullptr);
   EXPECT_EQ(event, nullptr);
   EXPECT_LE(offset + size, origin.bytes.size());
+  machine->hostEnds.push_back(destination);
   Object& lazy = At(queue, Kind::queue);
   if (code != CL_SUCCESS) return code;
   for (const auto& command : lazy.pending) command();

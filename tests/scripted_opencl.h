@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -42,10 +43,14 @@ class ScriptedOpenCl {
   /// effect. 0 stands for every call.
   void Fail(const std::string& entryPoint, cl_int code, int occurrence = 1);
 
+  /// Tells every call of `entryPoint` to throw std::bad_alloc, as no OpenCL call does.
+  void Throw(const std::string& entryPoint);
+
   // What was done.
-  std::vector<std::string> calls;    // the name of each call and what matters of its arguments
-  std::vector<std::string> sources;  // of each program created
-  std::vector<Launch> launches;      // spans of buffers as they were; the bytes go with the buffer
+  std::vector<std::string> calls;     // the name of each call and what matters of its arguments
+  std::vector<std::string> sources;   // of each program created
+  std::vector<Launch> launches;       // spans of buffers as they were; the bytes go with the buffer
+  std::vector<const void*> hostEnds;  // of each write and read
 
   /// How often `entryPoint` was called.
   int Count(const std::string& entryPoint) const;
@@ -59,6 +64,7 @@ class ScriptedOpenCl {
  private:
   std::map<std::string, int> counts_;
   std::map<std::string, std::map<int, cl_int>> failures_;
+  std::set<std::string> throwing_;
 };
 
 /// The machine that the entry points act on.
