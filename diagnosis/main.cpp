@@ -1,10 +1,102 @@
-#include <iostream>
-#include <string_view>
+#include <fmt/format.h>
 
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "diagnosis/bad_use.h"
+#include "diagnosis/command.h"
+#include "diagnosis/text.h"
 #include "diagnosis/worker.h"
 
-int main(int argc, char** argv) {
-  if (argc == 2 && std::string_view(argv[1]) == "worker") return diagnosis::WorkerMain();
-  std::cerr << "usage: union_triage worker\n";
-  return 2;
+namespace diagnosis {
+
+namespace {
+
+constexpr char version[] = "union_triage " SUITE_VERSION;
+
+std::vector<const Command*>& Registered() {
+  static std::vector<const Command*> commands;
+  return commands;
 }
+
+std::string calledAs;
+int endStatus = 0;
+
+// Rows without a command in front of them are to be run.
+std::vector<std::string> WithCommand(std::vector<std::string> arguments) {
+  const auto isCommand = [](const std::string& word) {
+    return word == "-h" || word == "--help" || word == "--version" ||
+           std::ranges::any_of(Registered(),
+                               [&word](const Command* command) { return word == command->name; });
+  };
+  if (arguments.empty() || !isCommand(arguments.front()))
+    arguments.insert(arguments.begin(), "run");
+  return arguments;
+}
+
+void Run(std::vector<std::string> arguments) {
+  CLI::App app(
+      "Runs the rows of the union conformance suite and says what became of each.\n"
+      "Without a command, 'run' is meant: 'triage ROW...' is 'triage run ROW...'.",
+      "triage");
+  app.set_version_flag("--version", version);
+  app.require_subcommand(1);
+  app.get_formatter()->column_width(28);
+  std::ranges::sort(Registered(), {},
+                    [](const Command* command) { return std::string_view(command->name); });
+  for (const Command* command : Registered())
+    command->addTo(*app.add_subcommand(command->name, command->description));
+
+  arguments = WithCommand(std::move(arguments));
+  // The library takes them from the back.
+  std::ranges::reverse(arguments);
+  try {
+    app.parse(std::move(arguments));
+  } catch (const CLI::CallForHelp&) {
+    Print(app.help());
+  } catch (const CLI::CallForVersion&) {
+    Print(fmt::format("{}\n", version));
+  } catch (const CLI::ParseError& error) {
+    throw BadUse(error.what());
+  }
+}
+
+int Main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (argc == 2 && arguments.front() == "worker") return WorkerMain();
+  calledAs = ShellWords(std::vector<std::string>(argv, argv + argc));
+  // A command in front of this one knows better how it was called.
+  if (const char* outer = std::getenv("TRIAGE_CALLED_AS")) calledAs = outer;
+  try {
+    Run(arguments);
+    return endStatus;
+  } catch (const BadUse& refusal) {
+    fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
+    return 2;
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "triage: {}\n", PrintableLine(error.what(), 1000));
+    return 1;
+  }
+}
+
+}  // namespace
+
+Command::Command(const char* commandName, const char* commandDescription,
+                 void (*addCommandTo)(CLI::App& app))
+    : name(commandName), description(commandDescription), addTo(addCommandTo) {
+  Registered().push_back(this);
+}
+
+void EndWith(int status) { endStatus = status; }
+
+const std::string& CalledAs() { return calledAs; }
+
+}  // namespace diagnosis
+
+int main(int argc, char** argv) { return diagnosis::Main(argc, argv); }

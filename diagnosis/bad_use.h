@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace diagnosis {
+
+/// What the caller asked for cannot be, or a file that was named is not as it must be. The program
+/// says so in this one line, and ends with 2.
+class BadUse : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace diagnosis

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace diagnosis {
+
+/// The rows of these names or globs, in the order of the matrix and each once, as indices in
+/// `rows`; all rows if there is no pattern. Throws BadUse for a pattern that matches none.
+std::vector<std::size_t> Select(const std::vector<std::string>& patterns);
+
+/// The index in `rows` of exactly this name. Throws BadUse if there is none.
+std::size_t RowCalled(std::string_view name);
+
+/// The rows that a list of skips names: a name or glob a line, and behind a `#` a comment. For each
+/// the place in the file. Throws BadUse with file and line.
+std::map<std::string, std::string, std::less<>> ReadSkips(const std::string& path);
+
+}  // namespace diagnosis
