@@ -2,7 +2,8 @@
 // floating-point mode and random numbers. Runs behind the loader; whether the device was asked to
 // keep denormals is read from the environment, as the device itself does.
 
-#include <CL/cl.h>
+#include <CL/cl_layer.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,8 +11,11 @@
 #include <cfenv>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <iterator>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -112,6 +116,21 @@ TEST_F(SimulatedGpu, SaysWhetherItHasDenormals) {
   EXPECT_NE(config & CL_FP_ROUND_TO_NEAREST, 0U);
 }
 
+TEST_F(SimulatedGpu, AnswersOtherQueriesAsTheDriverDoes) {
+  cl_device_fp_config config = 0x5555;
+  std::size_t size = 0;
+  // The size alone, and into too small a place.
+  Check(clGetDeviceInfo(device, CL_DEVICE_SINGLE_FP_CONFIG, 0, nullptr, &size));
+  EXPECT_EQ(size, sizeof config);
+  EXPECT_EQ(
+      clGetDeviceInfo(device, CL_DEVICE_SINGLE_FP_CONFIG, sizeof config - 1, &config, nullptr),
+      CL_INVALID_VALUE);
+  EXPECT_EQ(config, 0x5555U);
+  // Another property, whose lowest bit is the one for denormals.
+  Check(clGetDeviceInfo(device, CL_DEVICE_DOUBLE_FP_CONFIG, sizeof config, &config, nullptr));
+  EXPECT_NE(config & CL_FP_DENORM, 0U);
+}
+
 TEST_F(SimulatedGpu, TakesDenormalsAsZeroAndFlushesThemUnlessItKeepsThem) {
   Build();
   const bool keep = KeepsDenormals();
@@ -135,6 +154,103 @@ TEST_F(SimulatedGpu, RoundsToNearestWhateverTheHostDoes) {
   }
   hostRounding = FE_TONEAREST;
   std::fesetround(FE_TONEAREST);
+}
+
+// As the loader asks, of the library that it was told to take.
+TEST_F(SimulatedGpu, TellsTheLoaderWhatItIs) {
+  void* layer = dlopen(std::getenv("OPENCL_LAYERS"), RTLD_NOW);
+  ASSERT_NE(layer, nullptr) << dlerror();
+  const auto getLayerInfo =
+      reinterpret_cast<decltype(&clGetLayerInfo)>(dlsym(layer, "clGetLayerInfo"));
+  ASSERT_NE(getLayerInfo, nullptr);
+
+  constexpr cl_layer_api_version version = CL_LAYER_API_VERSION_100;
+  constexpr char name[] = "simulated GPU";
+  const struct {
+    cl_layer_info info;
+    std::string_view answer;
+  } cases[] = {
+      {CL_LAYER_API_VERSION, {reinterpret_cast<const char*>(&version), sizeof version}},
+      {CL_LAYER_NAME, {name, sizeof name}},
+  };
+  for (const auto& [info, answer] : cases) {
+    SCOPED_TRACE(info);
+    std::size_t size = 0;
+    Check(getLayerInfo(info, 0, nullptr, &size));
+    EXPECT_EQ(size, answer.size());
+    std::string value(answer.size(), '?');
+    EXPECT_EQ(getLayerInfo(info, size - 1, value.data(), nullptr), CL_INVALID_VALUE);
+    EXPECT_EQ(value, std::string(size, '?'));
+    Check(getLayerInfo(info, size, value.data(), nullptr));
+    EXPECT_EQ(value, answer);
+  }
+  EXPECT_EQ(getLayerInfo(CL_PLATFORM_VERSION, 0, nullptr, nullptr), CL_INVALID_VALUE);
+  dlclose(layer);
+}
+
+// Each call that can wait for a queue, and so have the driver execute it, does that in the device's
+// mode and gives the host its own mode back.
+TEST_F(SimulatedGpu, ComputesInItsOwnModeWhoeverWaits) {
+  Build();
+  cl_int code = CL_SUCCESS;
+  cl_mem buffer = clCreateBuffer(context, CL_MEM_READ_WRITE, 4, nullptr, &code);
+  Check(code);
+  std::uint32_t place = 0;
+  using Wait = std::function<cl_int(cl_command_queue waiting, cl_event launch)>;
+  const std::pair<const char*, Wait> waits[] = {
+      {"clFinish", [](auto waiting, auto) { return clFinish(waiting); }},
+      {"clWaitForEvents", [](auto, auto launch) { return clWaitForEvents(1, &launch); }},
+      {"clEnqueueReadBuffer",
+       [&](auto waiting, auto) {
+         return clEnqueueReadBuffer(waiting, buffer, CL_TRUE, 0, 4, &place, 0, nullptr, nullptr);
+       }},
+      {"clEnqueueWriteBuffer",
+       [&](auto waiting, auto) {
+         return clEnqueueWriteBuffer(waiting, buffer, CL_TRUE, 0, 4, &place, 0, nullptr, nullptr);
+       }},
+      {"clEnqueueMapBuffer",
+       [&](auto waiting, auto) {
+         clEnqueueMapBuffer(waiting, buffer, CL_TRUE, CL_MAP_READ, 0, 4, 0, nullptr, nullptr,
+                            &code);
+         return code;
+       }},
+      // The last reference to the queue, now that its event has none.
+      {"clReleaseCommandQueue",
+       [](auto waiting, auto launch) {
+         clReleaseEvent(launch);
+         return clReleaseCommandQueue(waiting);
+       }},
+  };
+  for (const auto& [name, wait] : waits) {
+    SCOPED_TRACE(name);
+    std::vector<std::uint32_t> bits = {0xBF800000, 0x40E00000};
+    const std::size_t count = bits.size();
+    const std::size_t size = count * sizeof bits[0];
+    cl_mem in = clCreateBuffer(context, CL_MEM_COPY_HOST_PTR, size, bits.data(), &code);
+    cl_mem out = clCreateBuffer(context, CL_MEM_READ_WRITE, size, nullptr, &code);
+    cl_kernel kernel = clCreateKernel(program, "third_of", &code);
+    Check(clSetKernelArg(kernel, 0, sizeof in, &in));
+    Check(clSetKernelArg(kernel, 1, sizeof out, &out));
+    cl_command_queue waiting = clCreateCommandQueue(context, device, 0, &code);
+    cl_event launch = nullptr;
+    Check(
+        clEnqueueNDRangeKernel(waiting, kernel, 1, nullptr, &count, nullptr, 0, nullptr, &launch));
+    std::fesetround(FE_UPWARD);
+    EXPECT_EQ(wait(waiting, launch), CL_SUCCESS);
+    EXPECT_EQ(std::fegetround(), FE_UPWARD);
+    std::fesetround(FE_TONEAREST);
+    // By another queue, which does not execute the first.
+    Check(clEnqueueReadBuffer(queue, out, CL_TRUE, 0, size, bits.data(), 0, nullptr, nullptr));
+    EXPECT_EQ(bits, (std::vector<std::uint32_t>{0xBEAAAAAB, 0x40155555}));
+    if (name != std::string("clReleaseCommandQueue")) {
+      clReleaseEvent(launch);
+      clReleaseCommandQueue(waiting);
+    }
+    clReleaseKernel(kernel);
+    clReleaseMemObject(in);
+    clReleaseMemObject(out);
+  }
+  clReleaseMemObject(buffer);
 }
 
 TEST_F(SimulatedGpu, LeavesTheHostItsRandomNumbers) {
