@@ -1,0 +1,31 @@
+#pragma once
+
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+
+// A page is a tree. Text goes in through these alone, so nothing that a driver printed can become
+// markup, whatever it is.
+
+namespace diagnosis {
+
+/// An element at the end of `parent`, with what it says.
+pugi::xml_node Add(pugi::xml_node parent, const char* name, std::string_view text = {});
+
+/// The same with a class, or several with blanks between.
+pugi::xml_node AddClassed(pugi::xml_node parent, const char* name, std::string_view classes,
+                          std::string_view text = {});
+
+/// More text at the end of what the element says.
+void AddText(pugi::xml_node element, std::string_view text);
+
+/// An attribute; the element, for more of them.
+pugi::xml_node Set(pugi::xml_node element, const char* name, std::string_view value);
+
+/// How many bytes the element takes on the page.
+std::size_t SizeOf(pugi::xml_node element);
+
+/// The tree as HTML, from its doctype on.
+std::string HtmlOf(pugi::xml_document& document);
+
+}  // namespace diagnosis

@@ -1,0 +1,163 @@
+// How a row's outcomes in two runs compare, and how runs are laid side by side.
+
+#include "diagnosis/compare.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace diagnosis {
+namespace {
+
+// What a row came to, in short.
+struct Came {
+  Status status;
+  Opinion::Verdict verdict = Opinion::Verdict::unseen;
+  int wrongLanes = 0;
+  std::uint64_t ulps = 0;
+  float answer = 1;
+};
+
+constexpr auto right = Opinion::Verdict::right;
+constexpr auto wrong = Opinion::Verdict::wrong;
+
+struct Held {
+  Record record;
+  Outcome outcome;
+};
+
+Held Holding(const Came& came) {
+  Held held;
+  held.record.row = "add_union_arrays_1";
+  held.outcome.status = came.status;
+  held.outcome.opinion.verdict = came.verdict;
+  held.outcome.opinion.greatestUlps = came.ulps;
+  for (int lane = 0; lane < came.wrongLanes; ++lane)
+    held.outcome.opinion.wrong.push_back({1, 0, lane, came.answer, 2, came.ulps});
+  const bool passed = came.status == Status::pass;
+  const bool judged = passed || came.status == Status::fail;
+  if (judged && came.verdict == right)
+    held.outcome.kind = passed ? Kind::passedRight : Kind::failedRight;
+  else if (judged && came.verdict == wrong)
+    held.outcome.kind = passed ? Kind::passedWrong : Kind::failedWrong;
+  else
+    held.outcome.kind = Kind::neither;
+  return held;
+}
+
+Change Between(Held before, Held after) {
+  before.outcome.record = &before.record;
+  after.outcome.record = &after.record;
+  return ChangeOf(before.outcome, after.outcome);
+}
+
+TEST(Compare, OrdersWhatARowMayComeTo) {
+  const Came fromTheBest[] = {
+      {Status::pass, right},       {Status::pass},
+      {Status::fail, right},       {Status::pass, wrong, 1, 3},
+      {Status::fail, wrong, 1, 3}, {Status::fail, wrong, 1, 4},
+      {Status::fail, wrong, 2, 3}, {Status::error},
+      {Status::buildError},        {Status::crash},
+      {Status::missing},
+  };
+  for (std::size_t i = 0; i < std::size(fromTheBest); ++i) {
+    for (std::size_t j = 0; j < std::size(fromTheBest); ++j) {
+      SCOPED_TRACE(std::to_string(i) + " and " + std::to_string(j));
+      const Change expected = j < i ? Change::better : j > i ? Change::worse : Change::same;
+      EXPECT_EQ(Between(Holding(fromTheBest[i]), Holding(fromTheBest[j])), expected);
+    }
+  }
+}
+
+TEST(Compare, TellsADifferenceThatIsNeitherBetterNorWorse) {
+  const struct {
+    const char* what;
+    Came before;
+    Came after;
+    Change change;
+  } cases[] = {
+      {"a right answer less near",
+       {Status::pass, right, 0, 2},
+       {Status::pass, right, 0, 9},
+       Change::otherwise},
+      {"another wrong answer",
+       {Status::fail, wrong, 1, 3, 1},
+       {Status::fail, wrong, 1, 3, 3},
+       Change::otherwise},
+      {"a crash in place of a timeout", {Status::crash}, {Status::timeout}, Change::otherwise},
+      {"no longer asked for", {Status::pass, right}, {Status::skip}, Change::oneOnly},
+      {"asked for again", {Status::skip}, {Status::crash}, Change::oneOnly},
+      {"never asked for", {Status::skip}, {Status::skip}, Change::same},
+  };
+  for (const auto& one : cases)
+    EXPECT_EQ(Between(Holding(one.before), Holding(one.after)), one.change) << one.what;
+}
+
+TEST(Compare, SetsOutcomesOnOtherDataApart) {
+  const auto with = [](const Came& came, std::uint32_t seed, std::vector<Bytes> inputs) {
+    Held held = Holding(came);
+    held.record.seed = seed;
+    for (Bytes& input : inputs) held.record.repetitions.emplace_back().inputB = std::move(input);
+    return held;
+  };
+  const Came passed{Status::pass, right};
+  const Came failed{Status::fail, wrong, 1, 3};
+  const Came unbuilt{Status::buildError};
+  const Came crashed{Status::crash};
+  // As far as both came, the bytes decide; where neither shows any, the seed.
+  EXPECT_EQ(Between(with(passed, 1, {{1}, {2}}), with(failed, 1, {{1}})), Change::worse);
+  EXPECT_EQ(Between(with(passed, 1, {{1}, {2}}), with(failed, 1, {{1}, {3}})), Change::otherData);
+  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(passed, 2, {{1}})), Change::same);
+  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(crashed, 1, {})), Change::worse);
+  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(crashed, 2, {})), Change::otherData);
+  // No data reaches a build.
+  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(unbuilt, 2, {})), Change::worse);
+}
+
+// A record of a row that passed, as far as a status goes.
+Record Passed(const char* row) {
+  Record record;
+  record.row = row;
+  record.ending = {Ending::Kind::returned, 1, ""};
+  return record;
+}
+
+TEST(Compare, LaysRunsSideBySideInTheMatrixsOrder) {
+  Record crashed = Passed("copy_union_scalar_1");
+  crashed.ending = {Ending::Kind::signalled, 11, ""};
+  std::vector<NamedRun> runs(3);
+  runs[0].run.records = {Passed("copy_union_scalar_1"), Passed("power_union_arrays_1")};
+  runs[1].run.records = {Passed("add_union_arrays_1"), Passed("copy_union_scalar_1")};
+  runs[2].run.records = {crashed};
+  const std::vector<ComparedRow> rows = Compare(runs);
+  ASSERT_EQ(rows.size(), 3U);
+  EXPECT_EQ(rows[0].name, "add_union_arrays_1");
+  EXPECT_EQ(rows[0].change, Change::oneOnly);
+  EXPECT_FALSE(rows[0].outcomes[0].has_value());
+  EXPECT_TRUE(rows[0].outcomes[1].has_value());
+  EXPECT_EQ(rows[1].name, "copy_union_scalar_1");
+  EXPECT_EQ(rows[1].change, Change::worse);
+  EXPECT_EQ(rows[2].change, Change::oneOnly);
+}
+
+TEST(Compare, PrintsWhatDiffersAlone) {
+  std::vector<NamedRun> runs(2);
+  runs[0].name = "old";
+  runs[1].name = "new\x1B[1m";
+  runs[0].run.records = {Passed("add_union_arrays_1"), Passed("copy_union_scalar_1")};
+  runs[1].run.records = runs[0].run.records;
+  runs[1].run.records[1].ending = {Ending::Kind::signalled, 11, ""};
+  EXPECT_EQ(DifferencesOf(runs, Compare(runs)),
+            "A  old: , driver , \n"
+            "B  new\\x1B[1m: , driver , \n"
+            "\n"
+            "Worse: 1\n"
+            "  copy_union_scalar_1         Pass, unseen -> Crash: SIGSEGV before the first "
+            "repetition\n"
+            "\n"
+            "1 worse, 1 the same\n");
+}
+
+}  // namespace
+}  // namespace diagnosis
