@@ -1,13 +1,11 @@
 #include "add/add_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector2, ElementType::uint_>;
-constexpr char announcement[] = "Running test add_union_vector2_2...";
-}  // namespace
-
 class TestCase_add_union_vector2_2 : public AddCase<Vector2<cl_uint>> {
  public:
   using AddCase::AddCase;
+
+  static inline const char* kernelSource = KernelText<Operation::add, Layout>;
+  static constexpr char announcement[] = "Running test add_union_vector2_2...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_add_union_vector2_2 : public AddCase<Vector2<cl_uint>> {
 };
 
 int RunTest_add_union_vector2_2() {
-  return RunTest<TestCase_add_union_vector2_2>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_add_union_vector2_2>(Cumulative(10));
 }

@@ -1,13 +1,11 @@
 #include "add/add_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector2, ElementType::char_>;
-constexpr char announcement[] = "Running test add_union_vector2_5...";
-}  // namespace
-
 class TestCase_add_union_vector2_5 : public AddCase<Vector2<cl_char>> {
  public:
   using AddCase::AddCase;
+
+  static inline const char* kernelSource = KernelText<Operation::add, Layout>;
+  static constexpr char announcement[] = "Running test add_union_vector2_5...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_add_union_vector2_5 : public AddCase<Vector2<cl_char>> {
 };
 
 int RunTest_add_union_vector2_5() {
-  return RunTest<TestCase_add_union_vector2_5>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_add_union_vector2_5>(Cumulative(10));
 }

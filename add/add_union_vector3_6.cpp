@@ -1,13 +1,11 @@
 #include "add/add_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector3, ElementType::uchar_>;
-constexpr char announcement[] = "Running test add_union_vector3_6...";
-}  // namespace
-
 class TestCase_add_union_vector3_6 : public AddCase<Vector3<cl_uchar>> {
  public:
   using AddCase::AddCase;
+
+  static inline const char* kernelSource = KernelText<Operation::add, Layout>;
+  static constexpr char announcement[] = "Running test add_union_vector3_6...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_add_union_vector3_6 : public AddCase<Vector3<cl_uchar>> {
 };
 
 int RunTest_add_union_vector3_6() {
-  return RunTest<TestCase_add_union_vector3_6>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_add_union_vector3_6>(Cumulative(10));
 }

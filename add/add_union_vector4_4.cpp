@@ -1,13 +1,11 @@
 #include "add/add_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector4, ElementType::ushort_>;
-constexpr char announcement[] = "Running test add_union_vector4_4...";
-}  // namespace
-
 class TestCase_add_union_vector4_4 : public AddCase<Vector4<cl_ushort>> {
  public:
   using AddCase::AddCase;
+
+  static inline const char* kernelSource = KernelText<Operation::add, Layout>;
+  static constexpr char announcement[] = "Running test add_union_vector4_4...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_add_union_vector4_4 : public AddCase<Vector4<cl_ushort>> {
 };
 
 int RunTest_add_union_vector4_4() {
-  return RunTest<TestCase_add_union_vector4_4>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_add_union_vector4_4>(Cumulative(10));
 }

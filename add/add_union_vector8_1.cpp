@@ -1,13 +1,11 @@
 #include "add/add_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::add, Shape::vector8, ElementType::int_>;
-constexpr char announcement[] = "Running test add_union_vector8_1...";
-}  // namespace
-
 class TestCase_add_union_vector8_1 : public AddCase<Vector8<cl_int>> {
  public:
   using AddCase::AddCase;
+
+  static inline const char* kernelSource = KernelText<Operation::add, Layout>;
+  static constexpr char announcement[] = "Running test add_union_vector8_1...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_add_union_vector8_1 : public AddCase<Vector8<cl_int>> {
 };
 
 int RunTest_add_union_vector8_1() {
-  return RunTest<TestCase_add_union_vector8_1>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_add_union_vector8_1>(Cumulative(10));
 }

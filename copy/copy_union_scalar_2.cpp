@@ -1,13 +1,11 @@
 #include "copy/copy_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::scalar, ElementType::uint_>;
-constexpr char announcement[] = "Running test copy_union_scalar_2...";
-}  // namespace
-
 class TestCase_copy_union_scalar_2 : public CopyCase<Scalar<cl_uint>> {
  public:
   using CopyCase::CopyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::copy, Layout>;
+  static constexpr char announcement[] = "Running test copy_union_scalar_2...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_copy_union_scalar_2 : public CopyCase<Scalar<cl_uint>> {
 };
 
 int RunTest_copy_union_scalar_2() {
-  return RunTest<TestCase_copy_union_scalar_2>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_copy_union_scalar_2>(Cumulative(10));
 }

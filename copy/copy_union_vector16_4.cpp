@@ -1,13 +1,11 @@
 #include "copy/copy_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector16, ElementType::ushort_>;
-constexpr char announcement[] = "Running test copy_union_vector16_4...";
-}  // namespace
-
 class TestCase_copy_union_vector16_4 : public CopyCase<Vector16<cl_ushort>> {
  public:
   using CopyCase::CopyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::copy, Layout>;
+  static constexpr char announcement[] = "Running test copy_union_vector16_4...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_copy_union_vector16_4 : public CopyCase<Vector16<cl_ushort>> {
 };
 
 int RunTest_copy_union_vector16_4() {
-  return RunTest<TestCase_copy_union_vector16_4>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_copy_union_vector16_4>(Cumulative(10));
 }

@@ -1,13 +1,11 @@
 #include "copy/copy_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector2, ElementType::uchar_>;
-constexpr char announcement[] = "Running test copy_union_vector2_6...";
-}  // namespace
-
 class TestCase_copy_union_vector2_6 : public CopyCase<Vector2<cl_uchar>> {
  public:
   using CopyCase::CopyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::copy, Layout>;
+  static constexpr char announcement[] = "Running test copy_union_vector2_6...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_copy_union_vector2_6 : public CopyCase<Vector2<cl_uchar>> {
 };
 
 int RunTest_copy_union_vector2_6() {
-  return RunTest<TestCase_copy_union_vector2_6>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_copy_union_vector2_6>(Cumulative(10));
 }

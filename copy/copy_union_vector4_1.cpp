@@ -1,13 +1,11 @@
 #include "copy/copy_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector4, ElementType::int_>;
-constexpr char announcement[] = "Running test copy_union_vector4_1...";
-}  // namespace
-
 class TestCase_copy_union_vector4_1 : public CopyCase<Vector4<cl_int>> {
  public:
   using CopyCase::CopyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::copy, Layout>;
+  static constexpr char announcement[] = "Running test copy_union_vector4_1...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_copy_union_vector4_1 : public CopyCase<Vector4<cl_int>> {
 };
 
 int RunTest_copy_union_vector4_1() {
-  return RunTest<TestCase_copy_union_vector4_1>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_copy_union_vector4_1>(Cumulative(10));
 }

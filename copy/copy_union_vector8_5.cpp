@@ -1,13 +1,11 @@
 #include "copy/copy_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::copy, Shape::vector8, ElementType::char_>;
-constexpr char announcement[] = "Running test copy_union_vector8_5...";
-}  // namespace
-
 class TestCase_copy_union_vector8_5 : public CopyCase<Vector8<cl_char>> {
  public:
   using CopyCase::CopyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::copy, Layout>;
+  static constexpr char announcement[] = "Running test copy_union_vector8_5...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_copy_union_vector8_5 : public CopyCase<Vector8<cl_char>> {
 };
 
 int RunTest_copy_union_vector8_5() {
-  return RunTest<TestCase_copy_union_vector8_5>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_copy_union_vector8_5>(Cumulative(10));
 }

@@ -104,6 +104,19 @@ cl_int CL_API_CALL Nothing(Arguments...) {
 consteval cl_icd_dispatch EntryPoints() {
   cl_icd_dispatch calls{};
   calls.clGetPlatformIDs = GiveOut;
+  // The bindings ask for the version of the device's platform.
+  calls.clGetDeviceInfo = [](cl_device_id, cl_device_info, size_t, void* value, size_t*) -> cl_int {
+    auto* const platform = AnyHandle<cl_platform_id>();
+    std::memcpy(value, &platform, sizeof platform);
+    return CL_SUCCESS;
+  };
+  calls.clGetPlatformInfo = [](cl_platform_id, cl_platform_info, size_t size, void* value,
+                               size_t* returned) -> cl_int {
+    constexpr char version[] = "OpenCL 1.2 rehearsal";
+    if (returned != nullptr) *returned = sizeof version;
+    if (value != nullptr && size >= sizeof version) std::memcpy(value, version, sizeof version);
+    return CL_SUCCESS;
+  };
   calls.clCreateContextFromType = [](const cl_context_properties*, cl_device_type,
                                      void(CL_CALLBACK*)(const char*, const void*, size_t, void*),
                                      void*, cl_int* code) { return Created<cl_context>(code); };

@@ -1,13 +1,11 @@
 #include "floor/floor_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::scalar, ElementType::short_>;
-constexpr char announcement[] = "Running test floor_union_scalar_3...";
-}  // namespace
-
 class TestCase_floor_union_scalar_3 : public FloorCase<Scalar<cl_short>> {
  public:
   using FloorCase::FloorCase;
+
+  static inline const char* kernelSource = KernelText<Operation::floor, Layout>;
+  static constexpr char announcement[] = "Running test floor_union_scalar_3...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_floor_union_scalar_3 : public FloorCase<Scalar<cl_short>> {
 };
 
 int RunTest_floor_union_scalar_3() {
-  return RunTest<TestCase_floor_union_scalar_3>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_floor_union_scalar_3>(Cumulative(10));
 }

@@ -1,13 +1,11 @@
 #include "floor/floor_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector16, ElementType::uint_>;
-constexpr char announcement[] = "Running test floor_union_vector16_2...";
-}  // namespace
-
 class TestCase_floor_union_vector16_2 : public FloorCase<Vector16<cl_uint>> {
  public:
   using FloorCase::FloorCase;
+
+  static inline const char* kernelSource = KernelText<Operation::floor, Layout>;
+  static constexpr char announcement[] = "Running test floor_union_vector16_2...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_floor_union_vector16_2 : public FloorCase<Vector16<cl_uint>> {
 };
 
 int RunTest_floor_union_vector16_2() {
-  return RunTest<TestCase_floor_union_vector16_2>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_floor_union_vector16_2>(Cumulative(10));
 }

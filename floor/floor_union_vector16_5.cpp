@@ -1,13 +1,11 @@
 #include "floor/floor_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector16, ElementType::char_>;
-constexpr char announcement[] = "Running test floor_union_vector16_5...";
-}  // namespace
-
 class TestCase_floor_union_vector16_5 : public FloorCase<Vector16<cl_char>> {
  public:
   using FloorCase::FloorCase;
+
+  static inline const char* kernelSource = KernelText<Operation::floor, Layout>;
+  static constexpr char announcement[] = "Running test floor_union_vector16_5...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_floor_union_vector16_5 : public FloorCase<Vector16<cl_char>> {
 };
 
 int RunTest_floor_union_vector16_5() {
-  return RunTest<TestCase_floor_union_vector16_5>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_floor_union_vector16_5>(Cumulative(10));
 }

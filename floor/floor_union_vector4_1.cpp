@@ -1,13 +1,11 @@
 #include "floor/floor_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::floor, Shape::vector4, ElementType::int_>;
-constexpr char announcement[] = "Running test floor_union_vector4_1...";
-}  // namespace
-
 class TestCase_floor_union_vector4_1 : public FloorCase<Vector4<cl_int>> {
  public:
   using FloorCase::FloorCase;
+
+  static inline const char* kernelSource = KernelText<Operation::floor, Layout>;
+  static constexpr char announcement[] = "Running test floor_union_vector4_1...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_floor_union_vector4_1 : public FloorCase<Vector4<cl_int>> {
 };
 
 int RunTest_floor_union_vector4_1() {
-  return RunTest<TestCase_floor_union_vector4_1>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_floor_union_vector4_1>(Cumulative(10));
 }

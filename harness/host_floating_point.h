@@ -1,5 +1,10 @@
 #pragma once
 
+// The references are what the source says, NaNs, infinities and denormals too.
+#if defined(__FAST_MATH__) || __FINITE_MATH_ONLY__
+#error "compile without -ffast-math, -ffinite-math-only and -Ofast"
+#endif
+
 // What the driver asks of SetHostRounding: a mode code and a data type.
 inline constexpr int towardZero = 4;
 inline constexpr int floatType = 6;

@@ -2,10 +2,11 @@
 
 #include <cstdlib>
 
+#include "harness/host_floating_point.h"
 #include "harness/test_case.h"
 
 /// The form of the rows with one input: a union array A whose integer member the kernel reads.
-/// `Unions` gives the union types of the row.
+/// `Unions` gives the union types of the row, which calls it Layout.
 template <class Unions>
 class OneInputCase : public TestCase {
  public:
@@ -21,20 +22,23 @@ class OneInputCase : public TestCase {
   }
 
  protected:
+  using Layout = Unions;
   using InputA = typename Unions::InputA;
   using Result = typename Unions::Result;
 
   /// Setup for the kernel `name`.
   void SetupKernel(const char* name) {
-    CreateKernel(kernel_, name);
+    kernel_ = cl::Kernel(program_, name);
     localSize_ = 256;
     globalSize_ = RoundUp(numElements_, localSize_);
     inputA_ = new InputA[globalSize_];
     deviceResult_ = new Result[globalSize_];
     reference_ = new Result[static_cast<std::size_t>(numElements_)];
-    CreateBuffer(bufferA_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
-    CreateBuffer(bufferResult_, CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
-    SetArguments(kernel_, {&bufferA_, &bufferResult_}, numElements_);
+    bufferA_ = cl::Buffer(context_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
+    bufferResult_ = cl::Buffer(context_, CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
+    kernel_.setArg(0, bufferA_);
+    kernel_.setArg(1, bufferResult_);
+    kernel_.setArg(2, cl_int{numElements_});
   }
 
   /// Two draws into lane `j` of element `i`, through both members in this order.
@@ -73,7 +77,10 @@ class OneInputCase : public TestCase {
       for (int j = 0; j < Unions::lanes; ++j) {
         const float c = reference_[i].r[j];
         const float d = deviceResult_[i].r[j];
-        if (d != c) return Mismatch(label, c, d);
+        if (d != c) {
+          WriteMismatch(label, c, d);
+          return false;
+        }
       }
     }
     return true;
@@ -85,7 +92,10 @@ class OneInputCase : public TestCase {
     for (int i = 0; i < numElements_; ++i) {
       int j = 0;
       while (j < Unions::lanes && deviceResult_[i].r[j] != reference_[i].r[j]) ++j;
-      if (j == Unions::lanes) return Mismatch(label, reference_[i].r[0], deviceResult_[i].r[0]);
+      if (j == Unions::lanes) {
+        WriteMismatch(label, reference_[i].r[0], deviceResult_[i].r[0]);
+        return false;
+      }
     }
     return true;
   }
@@ -94,9 +104,9 @@ class OneInputCase : public TestCase {
   InputA* inputA_ = nullptr;
   Result* deviceResult_ = nullptr;
   Result* reference_ = nullptr;
-  Held<cl::Kernel> kernel_;
-  Held<cl::Buffer> bufferA_;
-  Held<cl::Buffer> bufferResult_;
+  cl::Kernel kernel_;
+  cl::Buffer bufferA_;
+  cl::Buffer bufferResult_;
   std::size_t globalSize_ = 0;
   std::size_t localSize_ = 0;
 };

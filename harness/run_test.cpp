@@ -3,8 +3,6 @@
 #include <cstring>
 #include <iostream>
 
-#include "harness/opencl.h"
-
 namespace {
 
 // The bindings' own build also asks for program information and for logs after a good build; a
@@ -34,17 +32,31 @@ void WriteRun(int repetition, bool passed) {
 
 void Repeat(TestCase& test, Repetitions repetitions, int& result) {
   test.Setup();
-  bool passed = true;
-  for (int repetition = 1; repetition <= repetitions.count; ++repetition) {
-    if (repetition == 1 || repetitions.form != Repetitions::Form::oneRun) passed = test.Run();
-    if (!passed) result = 0;
-    const bool cumulative = repetitions.form == Repetitions::Form::cumulative;
-    WriteRun(repetition, cumulative ? result == 1 : passed);
+  switch (repetitions.form) {
+    case Repetitions::Form::cumulative:
+      for (int repetition = 1; repetition <= repetitions.count; ++repetition) {
+        if (!test.Run()) result = 0;
+        WriteRun(repetition, result == 1);
+      }
+      break;
+    case Repetitions::Form::perRepetition:
+      for (int repetition = 1; repetition <= repetitions.count; ++repetition) {
+        const bool passed = test.Run();
+        if (!passed) result = 0;
+        WriteRun(repetition, passed);
+      }
+      break;
+    case Repetitions::Form::oneRun: {
+      const bool passed = test.Run();
+      if (!passed) result = 0;
+      for (int line = 1; line <= repetitions.count; ++line) WriteRun(line, passed);
+      break;
+    }
   }
   test.Cleanup();
 }
 
-int RunTestOf(ConstructAndRepeat constructAndRepeat, const char* const& kernelSource,
+int RunTestOf(void (*constructAndRepeat)(const BuiltTest&), const char* const& kernelSource,
               const char* announcement, Repetitions repetitions) {
   int result = 1;
   try {
@@ -66,7 +78,7 @@ int RunTestOf(ConstructAndRepeat constructAndRepeat, const char* const& kernelSo
     const cl::Program program(context, sources);
     Build(program, devices);
     std::cout << announcement << std::endl;
-    constructAndRepeat(program, context, &devices, repetitions, result);
+    constructAndRepeat({program, context, &devices, repetitions, result});
   } catch (const cl::Error& error) {
     // By now the scope above is gone, and every OpenCL object of the test with it.
     std::cerr << "ERROR: " << error.what() << "(" << error.err() << ")" << std::endl;

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "harness/rows.h"  // declares the runners: a row that is not on the list does not compile
 #include "harness/test_case.h"
 
 /// How a runner repeats its test, and what its RUN lines say.
@@ -24,31 +25,35 @@ constexpr Repetitions OneRun(int count) { return {Repetitions::Form::oneRun, cou
 /// to 0 as soon as a repetition fails, so that it holds even if a later call throws.
 void Repeat(TestCase& test, Repetitions repetitions, int& result);
 
-/// Constructs a row's test object and has it repeated, as Repeat does. It dies before the call
-/// returns.
-using ConstructAndRepeat = void (*)(const cl::Program& program, const cl::Context& context,
-                                    std::vector<cl::Device>* devices, Repetitions repetitions,
-                                    int& result);
+/// A test whose program is built: what its object is made of, and what becomes of it.
+struct BuiltTest {
+  const cl::Program& program;
+  const cl::Context& context;
+  std::vector<cl::Device>* devices;
+  Repetitions repetitions;
+  int& result;
+};
 
-/// RunTest but for the test object's class.
-int RunTestOf(ConstructAndRepeat constructAndRepeat, const char* const& kernelSource,
+/// RunTest but for the test object's class: `constructAndRepeat` makes the object, has it repeated,
+/// as Repeat does, and lets it die.
+int RunTestOf(void (*constructAndRepeat)(const BuiltTest&), const char* const& kernelSource,
               const char* announcement, Repetitions repetitions);
 
 /// The whole life of one test: brings OpenCL up for the GPU devices of the first platform, builds
-/// `kernelSource`, writes the line `announcement`, and repeats a `Test` of ten elements. Nothing
-/// OpenCL outlives the call.
+/// `Test::kernelSource`, writes the line `Test::announcement`, and repeats a `Test` of ten
+/// elements. Nothing OpenCL outlives the call.
 ///
-/// Returns 1, or 0 if a repetition found a mismatch, there is no platform or `kernelSource` is
-/// null, which is read only when its turn comes. A failing OpenCL call writes its name and code as
-/// an "ERROR: " line on standard error and does not by itself make the result 0. Exceptions other
-/// than cl::Error pass through.
+/// Returns 1, or 0 if a repetition found a mismatch, there is no platform or the text is null. A
+/// failing OpenCL call writes its name and code as an "ERROR: " line on standard error and does not
+/// by itself make the result 0. Exceptions other than cl::Error pass through.
+///
+/// The text's pointer goes by reference because its turn to be read comes late: of a null text
+/// nothing is said before the context and its devices are there, and nothing at all if they fail.
 template <class Test>
-int RunTest(const char* const& kernelSource, const char* announcement, Repetitions repetitions) {
-  const auto constructAndRepeat = [](const cl::Program& program, const cl::Context& context,
-                                     std::vector<cl::Device>* devices, Repetitions form,
-                                     int& result) {
-    Test test(program, context, devices, 10);
-    Repeat(test, form, result);
+int RunTest(Repetitions repetitions) {
+  const auto constructAndRepeat = [](const BuiltTest& built) {
+    Test test(built.program, built.context, built.devices, 10);
+    Repeat(test, built.repetitions, built.result);
   };
-  return RunTestOf(constructAndRepeat, kernelSource, announcement, repetitions);
+  return RunTestOf(constructAndRepeat, Test::kernelSource, Test::announcement, repetitions);
 }

@@ -1,26 +1,15 @@
 #pragma once
 
-#include <CL/cl.h>
-
 #include <cstddef>
 #include <initializer_list>
 #include <vector>
 
-#include "harness/held.h"
-
-namespace cl {
-class Buffer;
-class Context;
-class Device;
-class Kernel;
-class Program;
-}  // namespace cl
+#include "harness/opencl.h"
 
 /// Base of all tests. The runner constructs one, calls Setup once, Run once for each repetition and
 /// Cleanup once. A failing OpenCL call leaves any of them as a cl::Error.
 ///
-/// What a row does is spelled out by the row and its family; the OpenCL calls that all rows make
-/// alike stand here, out of line.
+/// What a row does is spelled out by the row and its family; what all rows do alike stands here.
 class TestCase {
  public:
   /// Takes references of its own on `program` and `context`. `devices` is the runner's, must
@@ -46,35 +35,24 @@ class TestCase {
  protected:
   /// A host array on its way to a device buffer.
   struct Write {
-    const Held<cl::Buffer>& buffer;
+    const cl::Buffer& buffer;
     const void* source;
   };
-
-  /// Makes `kernel` the program's kernel of that name.
-  void CreateKernel(Held<cl::Kernel>& kernel, const char* name) const;
-
-  /// Makes `buffer` a buffer of `size` bytes without host memory.
-  void CreateBuffer(Held<cl::Buffer>& buffer, cl_mem_flags flags, std::size_t size) const;
 
   /// `numElements` rounded up to a multiple of `localSize`, in single precision.
   static std::size_t RoundUp(int numElements, std::size_t localSize);
 
-  /// Sets the arguments by ascending index: the buffers, then the element count by value.
-  static void SetArguments(Held<cl::Kernel>& kernel,
-                           std::initializer_list<const Held<cl::Buffer>*> buffers, int numElements);
-
   /// Writes the inputs without blocking, launches `kernel` over `globalSize` work-items, and reads
   /// `result` back into `destination`, blocking; every transfer is of `size` bytes. The queue is
   /// the call's own and is gone when it returns.
-  void DeviceRoundTrip(std::initializer_list<Write> writes, const Held<cl::Kernel>& kernel,
-                       std::size_t globalSize, const Held<cl::Buffer>& result, void* destination,
+  void DeviceRoundTrip(std::initializer_list<Write> writes, const cl::Kernel& kernel,
+                       std::size_t globalSize, const cl::Buffer& result, void* destination,
                        std::size_t size) const;
 
   /// Writes the mismatch line of reference `c` and device value `d`: `label`, `c`, " ocl:", `d`.
-  /// Returns false, the verdict of the repetition.
-  static bool Mismatch(const char* label, float c, float d);
+  static void WriteMismatch(const char* label, float c, float d);
 
-  Held<cl::Program> program_;
-  Held<cl::Context> context_;
+  cl::Program program_;
+  cl::Context context_;
   std::vector<cl::Device>* devices_;
 };

@@ -3,11 +3,13 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "harness/host_floating_point.h"
 #include "harness/test_case.h"
 #include "harness/ulp.h"
 
 /// The form of the rows with two inputs: a union array A whose integer member the kernel reads, and
-/// a union array B whose float member it reads. `Unions` gives the three union types of the row.
+/// a union array B whose float member it reads. `Unions` gives the three union types of the row,
+/// which calls it Layout.
 template <class Unions>
 class TwoInputCase : public TestCase {
  public:
@@ -24,23 +26,27 @@ class TwoInputCase : public TestCase {
   }
 
  protected:
+  using Layout = Unions;
   using InputA = typename Unions::InputA;
   using InputB = typename Unions::InputB;
   using Result = typename Unions::Result;
 
   /// Setup for the kernel `name`.
   void SetupKernel(const char* name) {
-    CreateKernel(kernel_, name);
+    kernel_ = cl::Kernel(program_, name);
     localSize_ = 256;
     globalSize_ = RoundUp(numElements_, localSize_);
     inputA_ = new InputA[globalSize_];
     inputB_ = new InputB[globalSize_];
     deviceResult_ = new Result[globalSize_];
     reference_ = new Result[static_cast<std::size_t>(numElements_)];
-    CreateBuffer(bufferA_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
-    CreateBuffer(bufferB_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputB));
-    CreateBuffer(bufferResult_, CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
-    SetArguments(kernel_, {&bufferA_, &bufferB_, &bufferResult_}, numElements_);
+    bufferA_ = cl::Buffer(context_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputA));
+    bufferB_ = cl::Buffer(context_, CL_MEM_READ_ONLY, globalSize_ * sizeof(InputB));
+    bufferResult_ = cl::Buffer(context_, CL_MEM_WRITE_ONLY, globalSize_ * sizeof(Result));
+    kernel_.setArg(0, bufferA_);
+    kernel_.setArg(1, bufferB_);
+    kernel_.setArg(2, bufferResult_);
+    kernel_.setArg(3, cl_int{numElements_});
   }
 
   /// Four draws for each lane, in this order. The stores go one at a time and through both members,
@@ -80,7 +86,10 @@ class TwoInputCase : public TestCase {
       for (int j = 0; j < Unions::lanes; ++j) {
         const float c = reference_[i].r[j];
         const float d = deviceResult_[i].r[j];
-        if (!WithinUlps(c, d, tolerance) && std::isfinite(c)) return Mismatch("  c:", c, d);
+        if (!WithinUlps(c, d, tolerance) && std::isfinite(c)) {
+          WriteMismatch("  c:", c, d);
+          return false;
+        }
       }
     }
     return true;
@@ -91,10 +100,10 @@ class TwoInputCase : public TestCase {
   InputB* inputB_ = nullptr;
   Result* deviceResult_ = nullptr;
   Result* reference_ = nullptr;
-  Held<cl::Kernel> kernel_;
-  Held<cl::Buffer> bufferA_;
-  Held<cl::Buffer> bufferB_;
-  Held<cl::Buffer> bufferResult_;
+  cl::Kernel kernel_;
+  cl::Buffer bufferA_;
+  cl::Buffer bufferB_;
+  cl::Buffer bufferResult_;
   std::size_t globalSize_ = 0;
   std::size_t localSize_ = 0;
 };

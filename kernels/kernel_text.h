@@ -16,7 +16,7 @@ namespace kernel_text {
 struct Row {
   Operation operation;
   Shape shape;
-  ElementType element;
+  ElementType elementType;
 };
 
 constexpr std::size_t Index(auto enumerator) { return static_cast<std::size_t>(enumerator); }
@@ -30,7 +30,9 @@ constexpr bool InVectors(Row row) { return !InArrays(row) && !InScalar(row); }
 constexpr bool TwoInputs(Row row) {
   return row.operation == Operation::add || row.operation == Operation::multiply;
 }
-constexpr bool InScalarUint(Row row) { return InScalar(row) && row.element == ElementType::uint_; }
+constexpr bool InScalarUint(Row row) {
+  return InScalar(row) && row.elementType == ElementType::uint_;
+}
 constexpr bool InScalarTwoInputs(Row row) { return InScalar(row) && TwoInputs(row); }
 constexpr bool InScalarOneInput(Row row) { return InScalar(row) && !TwoInputs(row); }
 constexpr bool InScalarCopy(Row row) { return InScalar(row) && row.operation == Operation::copy; }
@@ -126,8 +128,9 @@ inline constexpr std::string_view guards[] = {
 inline constexpr std::string_view scalarUintGuard = "_TYPES4_H_";
 inline constexpr std::string_view widths[] = {"", "", "2", "3", "4", "8", "16"};
 
-// By element.
-inline constexpr std::string_view elements[] = {"int", "uint", "short", "ushort", "char", "uchar"};
+// By element type.
+inline constexpr std::string_view elementTypes[] = {"int",    "uint", "short",
+                                                    "ushort", "char", "uchar"};
 
 // By operation: over arrays and scalars, over vectors.
 inline constexpr std::string_view signatures[][2] = {
@@ -171,24 +174,7 @@ inline constexpr std::string_view statements[][3] = {
      "c[tid].r = pow(convert_float$N(a[tid].a),convert_float$N((float$N)tid));"},
 };
 
-// The bytes of a row of `int`, by operation and shape in the order of the enumerators. They were
-// counted apart from the template, and a text of another length does not compile.
-inline constexpr std::size_t lengths[][7] = {
-    {4728, 4713, 4735, 4735, 4735, 4735, 4742},  // add
-    {4698, 4639, 4692, 4692, 4692, 4692, 4699},  // copy
-    {4707, 4616, 4701, 4701, 4701, 4701, 4708},  // floor
-    {4733, 4718, 4740, 4740, 4740, 4740, 4747},  // multiply
-    {4721, 4647, 4726, 4726, 4726, 4726, 4735},  // power
-};
-inline constexpr std::size_t extraMembersLength = 522;  // in scalars of uint
-
-constexpr std::size_t Length(Row row) {
-  const std::size_t longerName = elements[Index(row.element)].size() - elements[0].size();
-  return lengths[Index(row.operation)][Index(row.shape)] + 3 * longerName +
-         (InScalarUint(row) ? extraMembersLength : 0);
-}
-
-/// Writes text at the front of a buffer that already holds blanks.
+/// Writes text at the front of a buffer that already holds blanks, or counts it if there is none.
 class Writer {
  public:
   constexpr Writer(Row row, char* out) : row_(row), out_(out) {}
@@ -197,14 +183,19 @@ class Writer {
     if (!line.where(row_)) return;
     WriteFilledIn(line.text);
     written_ += static_cast<std::size_t>(line.blanks);
-    out_[written_++] = '\n';
+    Put('\n');
   }
 
   constexpr std::size_t Written() const { return written_; }
 
  private:
+  constexpr void Put(char c) {
+    if (out_ != nullptr) out_[written_] = c;
+    ++written_;
+  }
+
   constexpr void Write(std::string_view text) {
-    for (const char c : text) out_[written_++] = c;
+    for (const char c : text) Put(c);
   }
 
   constexpr void WriteFilledIn(std::string_view text) {
@@ -212,7 +203,7 @@ class Writer {
       if (text[i] == '$') {
         WriteSubstitution(text[++i]);
       } else {
-        out_[written_++] = text[i];
+        Put(text[i]);
       }
     }
   }
@@ -222,7 +213,7 @@ class Writer {
       case 'G':
         return Write(InScalarUint(row_) ? scalarUintGuard : guards[Index(row_.shape)]);
       case 'T':
-        Write(elements[Index(row_.element)]);
+        Write(elementTypes[Index(row_.elementType)]);
         return Write(widths[Index(row_.shape)]);
       case 'F':
         Write("float");
@@ -246,23 +237,29 @@ class Writer {
   std::size_t written_ = 0;
 };
 
-template <std::size_t length>
-consteval std::array<char, length + 1> Expand(Row row) {
-  std::array<char, length + 1> text;
-  text.fill(' ');
-  Writer writer(row, text.data());
+/// Writes the row's text, without a NUL, and returns its length.
+constexpr std::size_t Write(Row row, char* out) {
+  Writer writer(row, out);
   for (const Line& line : lines) writer.Write(line);
-  if (writer.Written() != length) throw "the text has a wrong length";
-  text[length] = '\0';
-  return text;
+  return writer.Written();
 }
 
-template <Operation operation, Shape shape, ElementType element>
-inline constexpr auto text = Expand<Length({operation, shape, element})>({operation, shape,
-                                                                          element});
+template <Row row>
+consteval auto Expand() {
+  constexpr std::size_t length = Write(row, nullptr);
+  std::array<char, length + 1> expanded;
+  expanded.fill(' ');
+  Write(row, expanded.data());
+  expanded[length] = '\0';
+  return expanded;
+}
+
+template <Row row>
+inline constexpr auto text = Expand<row>();
 
 }  // namespace kernel_text
 
-/// The complete text of a row, NUL-terminated, in static storage.
-template <Operation operation, Shape shape, ElementType element>
-inline constexpr const char* KernelText = kernel_text::text<operation, shape, element>.data();
+/// The complete text of a row, NUL-terminated, in static storage. `Layout` is the row's Unions.
+template <Operation operation, class Layout>
+inline constexpr const char* KernelText =
+    kernel_text::text<kernel_text::Row{operation, Layout::shape, Layout::elementType}>.data();

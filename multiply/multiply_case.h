@@ -1,6 +1,5 @@
 #pragma once
 
-#include "harness/host_floating_point.h"
 #include "harness/run_test.h"
 #include "harness/two_input_case.h"
 #include "kernels/kernel_text.h"

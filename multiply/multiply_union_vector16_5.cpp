@@ -1,13 +1,11 @@
 #include "multiply/multiply_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector16, ElementType::char_>;
-constexpr char announcement[] = "Running test multiply_union_vector16_5...";
-}  // namespace
-
 class TestCase_multiply_union_vector16_5 : public MultiplyCase<Vector16<cl_char>> {
  public:
   using MultiplyCase::MultiplyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::multiply, Layout>;
+  static constexpr char announcement[] = "Running test multiply_union_vector16_5...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_multiply_union_vector16_5 : public MultiplyCase<Vector16<cl_char>
 };
 
 int RunTest_multiply_union_vector16_5() {
-  return RunTest<TestCase_multiply_union_vector16_5>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector16_5>(Cumulative(10));
 }

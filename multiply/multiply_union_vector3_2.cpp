@@ -1,13 +1,11 @@
 #include "multiply/multiply_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector3, ElementType::uint_>;
-constexpr char announcement[] = "Running test multiply_union_vector3_2...";
-}  // namespace
-
 class TestCase_multiply_union_vector3_2 : public MultiplyCase<Vector3<cl_uint>> {
  public:
   using MultiplyCase::MultiplyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::multiply, Layout>;
+  static constexpr char announcement[] = "Running test multiply_union_vector3_2...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_multiply_union_vector3_2 : public MultiplyCase<Vector3<cl_uint>> 
 };
 
 int RunTest_multiply_union_vector3_2() {
-  return RunTest<TestCase_multiply_union_vector3_2>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector3_2>(Cumulative(10));
 }

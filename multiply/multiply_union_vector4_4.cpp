@@ -1,13 +1,11 @@
 #include "multiply/multiply_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector4, ElementType::ushort_>;
-constexpr char announcement[] = "Running test multiply_union_vector4_4...";
-}  // namespace
-
 class TestCase_multiply_union_vector4_4 : public MultiplyCase<Vector4<cl_ushort>> {
  public:
   using MultiplyCase::MultiplyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::multiply, Layout>;
+  static constexpr char announcement[] = "Running test multiply_union_vector4_4...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_multiply_union_vector4_4 : public MultiplyCase<Vector4<cl_ushort>
 };
 
 int RunTest_multiply_union_vector4_4() {
-  return RunTest<TestCase_multiply_union_vector4_4>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector4_4>(Cumulative(10));
 }

@@ -1,13 +1,11 @@
 #include "multiply/multiply_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::multiply, Shape::vector8, ElementType::int_>;
-constexpr char announcement[] = "Running test multiply_union_vector8_1...";
-}  // namespace
-
 class TestCase_multiply_union_vector8_1 : public MultiplyCase<Vector8<cl_int>> {
  public:
   using MultiplyCase::MultiplyCase;
+
+  static inline const char* kernelSource = KernelText<Operation::multiply, Layout>;
+  static constexpr char announcement[] = "Running test multiply_union_vector8_1...";
 
   bool Run() override {
     Fill();
@@ -18,5 +16,5 @@ class TestCase_multiply_union_vector8_1 : public MultiplyCase<Vector8<cl_int>> {
 };
 
 int RunTest_multiply_union_vector8_1() {
-  return RunTest<TestCase_multiply_union_vector8_1>(kernelSource, announcement, Cumulative(10));
+  return RunTest<TestCase_multiply_union_vector8_1>(Cumulative(10));
 }

@@ -9,8 +9,7 @@
 #include "kernels/kernel_text.h"
 #include "kernels/unions.h"
 
-/// `x` to the power of `exponent` by the C library's powf, both operands flushed. Out of line, so
-/// that no exponent is known to the compiler, which would put a product for the call.
+/// `x` to the power of `exponent` by the C library's powf, both operands flushed.
 float PowerReference(float x, int exponent);
 
 /// What a power row's check leaves to the row.
@@ -22,8 +21,7 @@ struct PowerCheck {
 };
 
 /// Writes the mismatch line of base `x` in `element`, with reference `c` and device value `d`.
-/// Returns false, the verdict of the repetition.
-bool PowerMismatch(const PowerCheck& check, float x, int element, float c, float d);
+void WritePowerMismatch(const PowerCheck& check, float x, int element, float c, float d);
 
 // The exponents of a row.
 constexpr int LaneIndex(int /*element*/, int lane) { return lane; }
@@ -62,7 +60,8 @@ class PowerCase : public OneInputCase<Unions> {
         const float c = this->reference_[i].r[j];
         const float d = this->deviceResult_[i].r[j];
         if (!WithinUlps(c, d, check.ulpTolerance) && std::isfinite(c) && std::isfinite(d)) {
-          return PowerMismatch(check, Base(i, j), i, c, d);
+          WritePowerMismatch(check, Base(i, j), i, c, d);
+          return false;
         }
       }
     }

@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::arrays, ElementType::short_>;
-constexpr char announcement[] = "Running test power_union_arrays_3...";
-}  // namespace
-
 class TestCase_power_union_arrays_3 : public PowerCase<Arrays<cl_short>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_arrays_3...";
 
   bool Run() override {
     Fill();
@@ -23,5 +21,5 @@ class TestCase_power_union_arrays_3 : public PowerCase<Arrays<cl_short>> {
 };
 
 int RunTest_power_union_arrays_3() {
-  return RunTest<TestCase_power_union_arrays_3>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_arrays_3>(PerRepetition(10));
 }

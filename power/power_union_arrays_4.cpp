@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::arrays, ElementType::ushort_>;
-constexpr char announcement[] = "Running test power_union_arrays_4...";
-}  // namespace
-
 class TestCase_power_union_arrays_4 : public PowerCase<Arrays<cl_ushort>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_arrays_4...";
 
   bool Run() override {
     Fill();
@@ -23,5 +21,5 @@ class TestCase_power_union_arrays_4 : public PowerCase<Arrays<cl_ushort>> {
 };
 
 int RunTest_power_union_arrays_4() {
-  return RunTest<TestCase_power_union_arrays_4>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_arrays_4>(PerRepetition(10));
 }

@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::scalar, ElementType::int_>;
-constexpr char announcement[] = "Running test power_union_scalar_1...";
-}  // namespace
-
 class TestCase_power_union_scalar_1 : public PowerCase<Scalar<cl_int>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_scalar_1...";
 
   bool Run() override {
     FillRepeatedly(4);
@@ -23,5 +21,5 @@ class TestCase_power_union_scalar_1 : public PowerCase<Scalar<cl_int>> {
 };
 
 int RunTest_power_union_scalar_1() {
-  return RunTest<TestCase_power_union_scalar_1>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_scalar_1>(PerRepetition(10));
 }

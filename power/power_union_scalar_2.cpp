@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::scalar, ElementType::uint_>;
-constexpr char announcement[] = "Running test power_union_scalar_2...";
-}  // namespace
-
 class TestCase_power_union_scalar_2 : public PowerCase<Scalar<cl_uint>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_scalar_2...";
 
   bool Run() override {
     FillRepeatedly(4);
@@ -23,5 +21,5 @@ class TestCase_power_union_scalar_2 : public PowerCase<Scalar<cl_uint>> {
 };
 
 int RunTest_power_union_scalar_2() {
-  return RunTest<TestCase_power_union_scalar_2>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_scalar_2>(PerRepetition(10));
 }

@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::scalar, ElementType::ushort_>;
-constexpr char announcement[] = "Running test power_union_scalar_4...";
-}  // namespace
-
 class TestCase_power_union_scalar_4 : public PowerCase<Scalar<cl_ushort>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_scalar_4...";
 
   bool Run() override {
     FillRepeatedly(4);
@@ -23,5 +21,5 @@ class TestCase_power_union_scalar_4 : public PowerCase<Scalar<cl_ushort>> {
 };
 
 int RunTest_power_union_scalar_4() {
-  return RunTest<TestCase_power_union_scalar_4>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_scalar_4>(PerRepetition(10));
 }

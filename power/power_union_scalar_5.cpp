@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::scalar, ElementType::char_>;
-constexpr char announcement[] = "Running test power_union_scalar_5...";
-}  // namespace
-
 class TestCase_power_union_scalar_5 : public PowerCase<Scalar<cl_char>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_scalar_5...";
 
   bool Run() override {
     FillRepeatedly(4);
@@ -23,5 +21,5 @@ class TestCase_power_union_scalar_5 : public PowerCase<Scalar<cl_char>> {
 };
 
 int RunTest_power_union_scalar_5() {
-  return RunTest<TestCase_power_union_scalar_5>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_scalar_5>(PerRepetition(10));
 }

@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::scalar, ElementType::uchar_>;
-constexpr char announcement[] = "Running test power_union_scalar_6...";
-}  // namespace
-
 class TestCase_power_union_scalar_6 : public PowerCase<Scalar<cl_uchar>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_scalar_6...";
 
   bool Run() override {
     FillRepeatedly(4);
@@ -23,5 +21,5 @@ class TestCase_power_union_scalar_6 : public PowerCase<Scalar<cl_uchar>> {
 };
 
 int RunTest_power_union_scalar_6() {
-  return RunTest<TestCase_power_union_scalar_6>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_scalar_6>(PerRepetition(10));
 }

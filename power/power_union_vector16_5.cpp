@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector16, ElementType::char_>;
-constexpr char announcement[] = "Running test power_union_vector16_5...";
-}  // namespace
-
 class TestCase_power_union_vector16_5 : public PowerCase<Vector16<cl_char>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_vector16_5...";
 
   bool Run() override {
     Fill();
@@ -23,5 +21,5 @@ class TestCase_power_union_vector16_5 : public PowerCase<Vector16<cl_char>> {
 };
 
 int RunTest_power_union_vector16_5() {
-  return RunTest<TestCase_power_union_vector16_5>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_vector16_5>(PerRepetition(10));
 }

@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector8, ElementType::int_>;
-constexpr char announcement[] = "Running test power_union_vector8_1...";
-}  // namespace
-
 class TestCase_power_union_vector8_1 : public PowerCase<Vector8<cl_int>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_vector8_1...";
 
   bool Run() override {
     Fill();
@@ -23,5 +21,5 @@ class TestCase_power_union_vector8_1 : public PowerCase<Vector8<cl_int>> {
 };
 
 int RunTest_power_union_vector8_1() {
-  return RunTest<TestCase_power_union_vector8_1>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_vector8_1>(PerRepetition(10));
 }

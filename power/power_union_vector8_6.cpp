@@ -1,13 +1,11 @@
 #include "power/power_case.h"
 
-namespace {
-const char* kernelSource = KernelText<Operation::power, Shape::vector8, ElementType::uchar_>;
-constexpr char announcement[] = "Running test power_union_vector8_6...";
-}  // namespace
-
 class TestCase_power_union_vector8_6 : public PowerCase<Vector8<cl_uchar>> {
  public:
   using PowerCase::PowerCase;
+
+  static inline const char* kernelSource = KernelText<Operation::power, Layout>;
+  static constexpr char announcement[] = "Running test power_union_vector8_6...";
 
   bool Run() override {
     Fill();
@@ -23,5 +21,5 @@ class TestCase_power_union_vector8_6 : public PowerCase<Vector8<cl_uchar>> {
 };
 
 int RunTest_power_union_vector8_6() {
-  return RunTest<TestCase_power_union_vector8_6>(kernelSource, announcement, PerRepetition(10));
+  return RunTest<TestCase_power_union_vector8_6>(PerRepetition(10));
 }

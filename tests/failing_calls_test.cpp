@@ -82,7 +82,10 @@ TEST_F(FailingCalls, EachCallAtItsFirstMiddleAndLastOccurrence) {
 
       std::map<std::string, std::vector<std::size_t>> occurrences;
       for (std::size_t i = 0; i < calls.size(); ++i) occurrences[EntryPoint(calls[i])].push_back(i);
-      EXPECT_EQ(occurrences.size(), 21U);
+      EXPECT_EQ(occurrences.size(), 23U);
+      // With these the bindings ask for the version of a device's platform, and rely on an answer.
+      occurrences.erase("clGetDeviceInfo");
+      occurrences.erase("clGetPlatformInfo");
       for (const auto& [name, at] : occurrences) {
         for (const std::size_t which : std::set<std::size_t>{0, at.size() / 2, at.size() - 1}) {
           SCOPED_TRACE(std::string(test) + (mismatch ? " after a mismatch" : "") + ", " + name +

@@ -39,6 +39,9 @@ TEST_F(Runner, MakesTheseCallsInThisOrder) {
       "clCreateContextFromType type 4",
       "clGetContextInfo",
       "clGetContextInfo",
+      "clGetDeviceInfo device 0 4145 size 8",  // the platform of the device
+      "clGetPlatformInfo 2305",                // its version: twice, for the size and for the text
+      "clGetPlatformInfo 2305",
       "clCreateProgramWithSource length 4728",
       "clBuildProgram devices 1",
       "clCreateKernel sum",
@@ -116,11 +119,31 @@ TEST_F(Runner, ReleasesTheQueueOfEachRepetitionBeforeTheNext) {
   EXPECT_EQ(Machine().Count("clReleaseCommandQueue"), 10);
 }
 
+// These calls came with 1.2, and an older platform may have nothing in their place.
+TEST_F(Runner, RetainsNoDeviceOfAPlatformOlderThan12) {
+  for (const auto& [version, devices] : {std::pair{"OpenCL 1.0 a", 0},
+                                         {"OpenCL 1.1 b", 0},
+                                         {"OpenCL 1.2 c", 2},
+                                         {"OpenCL 3.0 d", 2}}) {
+    SCOPED_TRACE(version);
+    ResetMachine();
+    Machine().platformVersion = version;
+    Machine().devices = 2;
+    Machine().device = DeviceFor(row);
+    const Outcome outcome = Collect(RunTest_add_union_arrays_1);
+    EXPECT_EQ(outcome.out, Lines(announcement, Words(10, "PASSED")));
+    EXPECT_EQ(Machine().Count("clRetainDevice"), devices);
+    EXPECT_EQ(Machine().Count("clReleaseDevice"), devices);
+    EXPECT_EQ(LiveObjects(), 0);
+  }
+}
+
 // The three forms of repetition, on test objects of one class.
-const char* kernelSource = KernelText<Operation::add, Shape::arrays, ElementType::int_>;
 class LocalCase : public AddCase<Arrays<cl_int>> {
  public:
   using AddCase::AddCase;
+  static inline const char* kernelSource = KernelText<Operation::add, Layout>;
+  static constexpr char announcement[] = "local";
   bool Run() override {
     Fill();
     Reference(FlushDenormal);
@@ -128,9 +151,9 @@ class LocalCase : public AddCase<Arrays<cl_int>> {
     return CheckUlps(2);
   }
 };
-int RunCumulative() { return RunTest<LocalCase>(kernelSource, "local", Cumulative(10)); }
-int RunPerRepetition() { return RunTest<LocalCase>(kernelSource, "local", PerRepetition(9)); }
-int RunOneRun() { return RunTest<LocalCase>(kernelSource, "local", OneRun(10)); }
+int RunCumulative() { return RunTest<LocalCase>(Cumulative(10)); }
+int RunPerRepetition() { return RunTest<LocalCase>(PerRepetition(9)); }
+int RunOneRun() { return RunTest<LocalCase>(OneRun(10)); }
 
 TEST_F(Runner, RepeatsInTheFormOfTheRow) {
   const std::string p = "PASSED";
@@ -192,7 +215,7 @@ class Counted : public LocalCase {
 };
 template <int count>
 int RunCounted() {
-  return RunTest<Counted<count>>(kernelSource, "counted", OneRun(1));
+  return RunTest<Counted<count>>(OneRun(1));
 }
 
 TEST_F(Runner, RoundsTheElementCountUpToWholeWorkGroups) {
@@ -235,11 +258,10 @@ TEST_F(Runner, WithoutPlatformsTheTestFails) {
   EXPECT_EQ(outcome.err, "Failed to find any platforms.\n");
 }
 
-const char* noText = nullptr;
-int RunWithoutText() { return RunTest<LocalCase>(noText, "local", Cumulative(10)); }
-
 TEST_F(Runner, WithoutATextTheTestFailsOnceTheDevicesAreKnown) {
-  const Outcome outcome = Collect(RunWithoutText);
+  const char* const text = std::exchange(LocalCase::kernelSource, nullptr);
+  const Outcome outcome = Collect(RunCumulative);
+  LocalCase::kernelSource = text;
   EXPECT_EQ(outcome.result, 0);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.err, "OpenCL program not found.\n");

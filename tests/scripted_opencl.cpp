@@ -188,8 +188,10 @@ cl_int clGetPlatformInfo(cl_platform_id platform, cl_platform_info name, size_t 
                          size_t* sizeReturned) {
   const cl_int code = machine->Enter("clGetPlatformInfo", Text(name));
   At(platform, Kind::platform);
-  constexpr char version[] = "OpenCL 1.2 scripted";
-  return code != CL_SUCCESS ? code : Answer(version, sizeof version, size, value, sizeReturned);
+  if (code != CL_SUCCESS) return code;
+  EXPECT_EQ(name, cl_platform_info{CL_PLATFORM_VERSION});
+  const std::string& version = machine->platformVersion;
+  return Answer(version.c_str(), version.size() + 1, size, value, sizeReturned);
 }
 
 cl_int clGetDeviceIDs(cl_platform_id platform, cl_device_type type, cl_uint wanted,
@@ -208,6 +210,11 @@ cl_int clGetDeviceInfo(cl_device_id device, cl_device_info name, size_t size, vo
   const cl_int code =
       machine->Enter("clGetDeviceInfo", Text("device ", number, " ", name, " size ", size));
   if (code != CL_SUCCESS) return code;
+  if (name == CL_DEVICE_PLATFORM) {
+    const auto platform = HandleOf<cl_platform_id>(Fixed(Kind::platform, 0));
+    return Answer(&platform, sizeof platform, size, value, sizeReturned);
+  }
+  EXPECT_EQ(name, cl_device_info{CL_DEVICE_SINGLE_FP_CONFIG});
   return Answer(&machine->singleFpConfig, sizeof machine->singleFpConfig, size, value,
                 sizeReturned);
 }

@@ -34,6 +34,7 @@ class ScriptedOpenCl {
  public:
   // The machine.
   cl_uint platforms = 1;
+  std::string platformVersion = "OpenCL 1.2 scripted";
   cl_uint devices = 1;
   cl_device_fp_config singleFpConfig = CL_FP_ROUND_TO_NEAREST | CL_FP_DENORM;
   Device device = [](const Launch&) {};
