@@ -25,6 +25,7 @@ struct PoolOptions {
   double timeoutSeconds = 60;         // a row
   bool isolate = false;               // a fresh worker for every row
   std::vector<std::string> launcher;  // words before the worker's command
+  std::string program;                // the worker's own, as the launcher finds it; empty: this one
   std::uint32_t seed = 1;
 };
 
@@ -41,6 +42,10 @@ enum class PoolEnd { finished, interrupted, noDevice };
 /// Runs every job in worker processes and returns when each has ended; what was not reached ends as
 /// a record whose ending is `notRun`. SIGINT and SIGTERM end the run: the rows in flight are ended
 /// too, and the rest is not reached.
+///
+/// A row whose worker was lost behind a launcher is run once more in a new one, and its record is
+/// that of the second run; its ending's reason says so. Throws std::runtime_error if the system
+/// refuses what a run needs.
 PoolEnd RunJobs(const std::vector<Job>& jobs, const PoolOptions& options,
                 const PoolListener& listener);
 
