@@ -95,11 +95,6 @@ std::int64_t Place(std::int64_t exponent, std::int64_t units) {
   return (exponent - exponentOfSmallestNormal) * hiddenBit + units;
 }
 
-float AtPlace(std::int64_t place) {
-  const auto bits = static_cast<std::uint32_t>(std::min(std::abs(place), placeOfInfinity));
-  return std::bit_cast<float>(bits | (place < 0 ? 0x80000000U : 0U));
-}
-
 /// The power of a positive finite float, with its exact result as a significand and an exponent of
 /// two.
 RightAnswer PositivePower(float x, int exponent, Rounding rounding, int ulps) {
@@ -141,7 +136,7 @@ RightAnswer PositivePower(float x, int exponent, Rounding rounding, int ulps) {
     first = Place(binade - 1, halves);
   }
 
-  RightAnswer answer{AtPlace(rounded), std::min(first, placeOfInfinity),
+  RightAnswer answer{FloatAt(rounded), std::min(first, placeOfInfinity),
                      std::min(last, placeOfInfinity)};
   if (answer.last == placeOfInfinity && rounding == Rounding::towardZero) {
     answer.value = std::min(answer.value, FLT_MAX);
@@ -166,6 +161,11 @@ std::int64_t PlaceOf(float x) {
   const auto bits = std::bit_cast<std::uint32_t>(x);
   const std::int64_t magnitude = bits & 0x7FFFFFFFU;
   return std::signbit(x) ? -magnitude : magnitude;
+}
+
+float FloatAt(std::int64_t place) {
+  const auto bits = static_cast<std::uint32_t>(std::min(std::abs(place), placeOfInfinity));
+  return std::bit_cast<float>(bits | (place < 0 ? 0x80000000U : 0U));
 }
 
 std::uint64_t UlpsBetween(float x, float y) {
@@ -234,6 +234,21 @@ float Product(float a, float b, Rounding rounding) {
   const volatile float y = b;
   const volatile float result = x * y;
   return result;
+}
+
+float ThroughHalf(float x) {
+  constexpr float smallestNormal = 0x1p-14F;
+  constexpr float firstInfinite = 65520.0F;
+  if (std::isnan(x)) return x;
+  if (std::fabs(x) >= firstInfinite) return std::copysign(infinity, x);
+  if (std::fabs(x) < smallestNormal) {
+    constexpr float magic = 0.5F;  // whose unit is the distance of halves here
+    const float sum = Sum(std::fabs(x), magic, Rounding::toNearest);
+    return std::copysign(sum - magic, x);
+  }
+  auto bits = std::bit_cast<std::uint32_t>(x);
+  bits += 0x0FFFU + (bits >> 13 & 1U);
+  return std::bit_cast<float>(bits & ~0x1FFFU);
 }
 
 RightAnswers Power(float x, int exponent, Rounding rounding, int ulps) {

@@ -36,6 +36,9 @@ FloatMode ModeOf(const Device& device);
 /// are at 0; NaNs have no place.
 std::int64_t PlaceOf(float x);
 
+/// The float at that place: the positive zero at 0, an infinity at its own place and behind it.
+float FloatAt(std::int64_t place);
+
 /// How many units in the last place lie between two floats that are not NaNs.
 std::uint64_t UlpsBetween(float x, float y);
 
@@ -80,6 +83,9 @@ class RightAnswers {
 float Converted(std::int64_t x, Rounding rounding);
 float Sum(float a, float b, Rounding rounding);
 float Product(float a, float b, Rounding rounding);
+
+/// `x` by way of a float of 16 bits, to the nearest; a NaN stays.
+float ThroughHalf(float x);
 
 /// `x` to the power of `exponent`, from 0 on, within `ulps` units in the last place as OpenCL
 /// counts them: of the exact result, not of the float nearest to it. Overflow is an infinity, and

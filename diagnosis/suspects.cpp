@@ -1,0 +1,319 @@
+#include "diagnosis/suspects.h"
+
+#include <algorithm>
+#include <bitset>
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "diagnosis/fault.h"
+#include "diagnosis/hypotheses.h"
+#include "diagnosis/opinion.h"
+
+namespace diagnosis {
+namespace {
+
+/// A suspect of one row.
+struct Candidate {
+  std::string name;
+  std::string meaning;  // in this row
+  std::string sentence;
+  int rank;
+  std::size_t place;  // in the table, where the simplest come first
+};
+
+constexpr Rank plainRanks[] = {Rank::named, Rank::general};
+constexpr Rank fittedRanks[] = {Rank::fitted};
+constexpr Rank vagueRanks[] = {Rank::vague};
+constexpr int rankOfPair = static_cast<int>(Rank::vague) + 1;
+
+std::string MeaningOf(const Hypothesis& hypothesis) {
+  if (hypothesis.detail.empty()) return hypothesis.meaning;
+  std::string meaning = hypothesis.meaning;
+  meaning.pop_back();  // the full stop
+  return meaning + " (" + hypothesis.detail + ").";
+}
+
+/// A row that stands in question.
+struct Question {
+  std::string row;
+  const Record* record;
+  std::vector<Candidate> candidates;
+};
+
+void AddCandidate(Question& question, Candidate candidate) {
+  const auto isThere = [&candidate](const Candidate& other) {
+    return other.name == candidate.name;
+  };
+  if (std::ranges::none_of(question.candidates, isThere))
+    question.candidates.push_back(std::move(candidate));
+}
+
+/// All single faults that explain the row; those made of the answers only if no other does, and the
+/// vague ones only then.
+void TrySingles(Question& question, const RowData& data,
+                const std::vector<Hypothesis>& hypotheses) {
+  for (const std::span<const Rank> ranks :
+       {std::span<const Rank>(plainRanks), std::span<const Rank>(fittedRanks),
+        std::span<const Rank>(vagueRanks)}) {
+    if (!question.candidates.empty()) return;
+    std::vector<Candidate> doubtful;
+    for (std::size_t n = 0; n < hypotheses.size(); ++n) {
+      const Hypothesis& hypothesis = hypotheses[n];
+      if (std::ranges::find(ranks, hypothesis.rank) == ranks.end()) continue;
+      const Fit fit = FitOf(hypothesis.fault, data);
+      if (fit == Fit::refuted) continue;
+      const Candidate candidate{hypothesis.name, MeaningOf(hypothesis), hypothesis.meaning,
+                                static_cast<int>(hypothesis.rank), n};
+      if (fit == Fit::explains) {
+        AddCandidate(question, candidate);
+      } else {
+        doubtful.push_back(candidate);
+      }
+    }
+    if (!question.candidates.empty()) return;
+    for (Candidate& candidate : doubtful) AddCandidate(question, std::move(candidate));
+  }
+}
+
+using Counts = std::map<std::string, std::size_t>;
+
+/// How many rows each name explains.
+Counts Count(const std::vector<Question>& questions) {
+  Counts counts;
+  for (const Question& question : questions) {
+    for (const Candidate& candidate : question.candidates) ++counts[candidate.name];
+  }
+  return counts;
+}
+
+/// Two faults at once, each of them plain or known from another row.
+void TryPairs(Question& question, const RowData& data, const std::vector<Hypothesis>& hypotheses,
+              const Counts& known) {
+  std::vector<std::size_t> worthTrying;
+  for (std::size_t n = 0; n < hypotheses.size(); ++n) {
+    const Hypothesis& hypothesis = hypotheses[n];
+    if (hypothesis.rank == Rank::named ||
+        (hypothesis.rank == Rank::general && known.contains(hypothesis.name)))
+      worthTrying.push_back(n);
+  }
+  for (std::size_t i = 0; i < worthTrying.size(); ++i) {
+    for (std::size_t j = i + 1; j < worthTrying.size(); ++j) {
+      const Hypothesis& one = hypotheses[worthTrying[i]];
+      const Hypothesis& other = hypotheses[worthTrying[j]];
+      if (one.name == other.name) continue;
+      const std::optional<Fault> both = Both(one.fault, other.fault);
+      if (!both || FitOf(*both, data) == Fit::refuted) continue;
+      AddCandidate(question, {one.name + "+" + other.name, MeaningOf(one) + " " + MeaningOf(other),
+                              one.meaning + " " + other.meaning, rankOfPair,
+                              worthTrying[i] * hypotheses.size() + worthTrying[j]});
+    }
+  }
+}
+
+/// The vague suspects under one name, that of the greatest bound.
+void JoinVague(std::vector<Question>& questions) {
+  const Candidate* greatest = nullptr;
+  for (const Question& question : questions) {
+    for (const Candidate& candidate : question.candidates) {
+      const bool isVague = candidate.rank == static_cast<int>(Rank::vague);
+      if (!isVague) continue;
+      const auto key = [](const Candidate& one) {
+        return std::pair(one.name.size(), std::string_view(one.name));
+      };
+      if (greatest == nullptr || key(*greatest) < key(candidate)) greatest = &candidate;
+    }
+  }
+  if (greatest == nullptr) return;
+  const std::string name = greatest->name;
+  const std::string sentence = greatest->sentence;
+  for (Question& question : questions) {
+    for (Candidate& candidate : question.candidates) {
+      if (candidate.rank != static_cast<int>(Rank::vague)) continue;
+      candidate.name = name;
+      candidate.sentence = sentence;
+    }
+  }
+}
+
+/// Takes away what explains no more rows than a plainer suspect of the same row does, if it is not
+/// itself a plain one: with so many of its kind, one may fit by chance.
+void Sift(Question& question, const Counts& counts) {
+  std::ranges::stable_sort(question.candidates, {}, [&counts](const Candidate& candidate) {
+    return std::tuple(-static_cast<std::int64_t>(counts.at(candidate.name)), candidate.rank,
+                      candidate.place);
+  });
+  std::vector<Candidate> kept;
+  for (Candidate& candidate : question.candidates) {
+    const bool isPlain = candidate.rank == static_cast<int>(Rank::named);
+    const auto isPlainer = [&candidate](const Candidate& other) {
+      return other.rank < candidate.rank;
+    };
+    const bool hasPlainer = std::ranges::any_of(question.candidates, [&](const Candidate& other) {
+      return isPlainer(other) && counts.at(other.name) >= counts.at(candidate.name);
+    });
+    if (isPlain || !hasPlainer) kept.push_back(candidate);
+  }
+  constexpr std::size_t mostOthers = 3;
+  const auto others =
+      static_cast<std::size_t>(std::ranges::count_if(kept, [](const Candidate& candidate) {
+        return candidate.rank != static_cast<int>(Rank::named);
+      }));
+  for (std::size_t surplus = others > mostOthers ? others - mostOthers : 0; surplus > 0;
+       --surplus) {
+    const auto last = std::ranges::find_if(kept.rbegin(), kept.rend(), [](const Candidate& one) {
+      return one.rank != static_cast<int>(Rank::named);
+    });
+    kept.erase(std::next(last).base());
+  }
+  question.candidates = std::move(kept);
+}
+
+using RowSet = std::bitset<256>;
+
+/// A suspect of the whole run.
+struct Overall {
+  Suspect suspect;
+  RowSet rows;
+  int rank;
+  std::size_t place;
+};
+
+/// Picks `left` of the suspects from `from` on that explain what is not yet explained: the first
+/// such pick in their order, or none.
+bool Pick(const std::vector<Overall>& suspects, std::size_t from, std::size_t left,
+          const RowSet& missing, std::vector<std::size_t>& picked, std::size_t& steps) {
+  if (missing.none()) return true;
+  if (left == 0) return false;
+  for (std::size_t n = from; n < suspects.size(); ++n) {
+    if (steps == 0) return false;
+    --steps;
+    if ((suspects[n].rows & missing).none()) continue;
+    picked.push_back(n);
+    if (Pick(suspects, n + 1, left - 1, missing & ~suspects[n].rows, picked, steps)) return true;
+    picked.pop_back();
+  }
+  return false;
+}
+
+/// The fewest suspects that explain all rows; where that takes too long to find, those that one
+/// after the other explain most of what is left.
+std::vector<std::size_t> FewestOf(const std::vector<Overall>& suspects, RowSet missing) {
+  std::size_t steps = 1'000'000;
+  std::vector<std::size_t> picked;
+  for (std::size_t most = 1; most <= suspects.size() && steps > 0; ++most) {
+    if (Pick(suspects, 0, most, missing, picked, steps)) return picked;
+    picked.clear();
+  }
+  while (missing.any()) {
+    const auto best = std::ranges::max_element(suspects, {}, [&missing](const Overall& overall) {
+      return (overall.rows & missing).count();
+    });
+    missing &= ~best->rows;
+    picked.push_back(static_cast<std::size_t>(best - suspects.begin()));
+  }
+  return picked;
+}
+
+/// The fewest suspects of all rows in question, and the rows that none explains.
+std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
+  std::vector<Overall> all;
+  std::map<std::string, std::size_t> places;
+  RowSet explained;
+  Suspect nothing{unexplained, "No suspect predicts the answers.", {}, {}};
+  for (std::size_t number = 0; number < questions.size(); ++number) {
+    const Question& question = questions[number];
+    if (question.candidates.empty()) nothing.rows.push_back(question.row);
+    for (const Candidate& candidate : question.candidates) {
+      const auto [place, isNew] = places.try_emplace(candidate.name, all.size());
+      if (isNew)
+        all.push_back(
+            {{candidate.name, candidate.sentence, {}, {}}, {}, candidate.rank, candidate.place});
+      all[place->second].suspect.rows.push_back(question.row);
+      all[place->second].rows.set(number);
+      explained.set(number);
+    }
+  }
+  std::ranges::stable_sort(all, {}, [](const Overall& overall) {
+    return std::tuple(-static_cast<std::int64_t>(overall.rows.count()), overall.rank,
+                      overall.place);
+  });
+
+  // What explains no row that one before it does not is of no use here.
+  std::vector<Overall> useful;
+  for (Overall& overall : all) {
+    const auto holds = [&overall](const Overall& other) {
+      return (overall.rows & ~other.rows).none();
+    };
+    const auto holder = std::ranges::find_if(useful, holds);
+    if (holder == useful.end()) {
+      useful.push_back(std::move(overall));
+    } else if (holder->rows == overall.rows) {
+      holder->suspect.alike.push_back(overall.suspect.name);
+    }
+  }
+  std::vector<Suspect> fewest;
+  for (const std::size_t n : FewestOf(useful, explained)) fewest.push_back(useful[n].suspect);
+  if (!nothing.rows.empty()) fewest.push_back(std::move(nothing));
+  return fewest;
+}
+
+/// Whether the row shows that the device keeps denormals, and nothing else.
+bool KeepsDenormals(const RowData& data) {
+  Fault kept;
+  kept.denormalOperands = kept.denormalResults = Denormals::kept;
+  Fault flushed;
+  flushed.denormalOperands = flushed.denormalResults = Denormals::flushed;
+  return FitOf(kept, data) != Fit::refuted && FitOf(flushed, data) == Fit::refuted;
+}
+
+}  // namespace
+
+Suspects SuspectsOf(const Run& run) {
+  const Device& device = run.info.device;
+  std::vector<Question> questions;
+  for (const Record& record : run.records) {
+    const std::optional<Row> row = RowNamed(record.row);
+    if (!row || questions.size() == RowSet().size()) continue;
+    const Opinion opinion = OpinionOf(record, device);
+    const RowData data(*row, record, device, opinion);
+    Question question{record.row, &record, {}};
+    if (opinion.verdict == Opinion::Verdict::wrong) {
+      TrySingles(question, data, HypothesesOn(data));
+      questions.push_back(std::move(question));
+    } else if (KindOf(record, opinion) == Kind::failedRight && KeepsDenormals(data)) {
+      constexpr char meaning[] = "Denormals are kept, where the row expects them flushed.";
+      question.candidates.push_back({"denormals-kept", meaning, meaning, 0, 0});
+      questions.push_back(std::move(question));
+    }
+  }
+  JoinVague(questions);
+  const Counts counts = Count(questions);
+  for (Question& question : questions) {
+    if (!question.candidates.empty()) continue;
+    const RowData data(RowNamed(question.row).value(), *question.record, device,
+                       OpinionOf(*question.record, device));
+    TryPairs(question, data, HypothesesOn(data), counts);
+  }
+  const Counts allCounts = Count(questions);
+  for (Question& question : questions) Sift(question, allCounts);
+
+  Suspects suspects;
+  for (const Question& question : questions) {
+    auto& names = suspects.byRow[question.row];
+    auto& meanings = suspects.meaningsByRow[question.row];
+    for (const Candidate& candidate : question.candidates) {
+      names.push_back(candidate.name);
+      meanings.push_back(candidate.meaning);
+    }
+    if (!names.empty()) continue;
+    names.emplace_back(unexplained);
+    meanings.emplace_back("No suspect predicts the answers.");
+  }
+  suspects.fewest = Fewest(questions);
+  return suspects;
+}
+
+}  // namespace diagnosis

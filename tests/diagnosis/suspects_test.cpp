@@ -1,0 +1,348 @@
+// Suspects on the records of made-up devices: each fault is named, and none by another's name.
+
+#include "diagnosis/suspects.h"
+
+#include <CL/cl.h>
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cfenv>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "diagnosis/opinion.h"
+#include "tests/diagnosis/made_up_device.h"
+
+namespace diagnosis {
+namespace {
+
+using Names = std::vector<std::string>;
+using Device_ = MadeUpDevice&;
+
+/// A fault, the rows that it is tried on, and the names that each of them is to get.
+struct Fault_ {
+  Names names;
+  std::vector<const char*> rows;
+  std::function<void(MadeUpDevice&)> set;
+  int repetitions = 10;
+};
+
+std::ostream& operator<<(std::ostream& out, const Fault_& fault) {
+  return out << testing::PrintToString(fault.names);
+}
+
+bool Tiny(float x) { return std::fpclassify(x) == FP_SUBNORMAL; }
+float Flushed(float x) { return Tiny(x) ? std::copysign(0.0F, x) : x; }
+
+/// `compute` in a rounding mode of its own.
+template <class Function>
+auto InMode(int mode, Function function) {
+  return [mode, function](auto... arguments) {
+    const int before = std::fegetround();
+    std::fesetround(mode);
+    const auto result = function(arguments...);
+    std::fesetround(before);
+    return result;
+  };
+}
+
+void MoveLanes(MadeUpDevice& device, const std::function<int(int)>& source) {
+  device.placeOfA = [old = device.placeOfA, source](int item, int lane) {
+    return old(item, source(lane));
+  };
+  device.placeOfB = [old = device.placeOfB, source](int item, int lane) {
+    return old(item, source(lane));
+  };
+}
+
+std::function<std::size_t(int, int)> Moved(const std::function<std::size_t(int, int)>& place,
+                                           std::size_t offset) {
+  return [place, offset](int item, int lane) { return place(item, lane) + offset; };
+}
+
+const std::vector<Fault_>& Faults() {
+  static const std::vector<Fault_> faults = {
+      {{"denormals-flushed"},
+       {"multiply_union_vector8_3", "multiply_union_vector16_3"},
+       [](Device_ d) {
+         d.compute = [old = d.compute](float a, float b, int n) {
+           return Flushed(old(a, Flushed(b), n));
+         };
+       }},
+      // Integers of 32 bits are those of a positive float, which can't tell these two.
+      {{"rounds-toward-zero", "rounds-down"},
+       {"copy_union_scalar_1", "copy_union_vector8_2", "floor_union_arrays_2",
+        "add_union_arrays_2"},
+       [](Device_ d) { d.convert = InMode(FE_TOWARDZERO, d.convert); }},
+      {{"rounds-up"},
+       {"copy_union_vector16_1", "multiply_union_vector4_1"},
+       [](Device_ d) { d.convert = InMode(FE_UPWARD, d.convert); }},
+      {{"rounds-toward-zero", "rounds-down"},
+       {"copy_union_vector16_1", "multiply_union_vector4_1"},
+       [](Device_ d) { d.convert = InMode(FE_DOWNWARD, d.convert); }},
+      {{"rounds-arithmetic-toward-zero"},
+       {"add_union_vector16_5", "multiply_union_scalar_3", "multiply_union_vector4_3"},
+       [](Device_ d) { d.compute = InMode(FE_TOWARDZERO, d.compute); }},
+      {{"rounds-arithmetic-up"},
+       {"add_union_vector16_5", "multiply_union_scalar_3"},
+       [](Device_ d) { d.compute = InMode(FE_UPWARD, d.compute); }},
+      {{"rounds-arithmetic-down"},
+       {"add_union_vector16_5", "multiply_union_scalar_3"},
+       [](Device_ d) { d.compute = InMode(FE_DOWNWARD, d.compute); }},
+      {{"element-as-signed"},
+       {"copy_union_scalar_4", "add_union_vector8_6", "multiply_union_arrays_4",
+        "power_union_vector4_6"},
+       [](Device_ d) {
+         d.integer = [&d](const std::uint8_t* bytes) -> std::int64_t {
+           const auto number = NumberAt(bytes, d.row.width);
+           return d.row.width == 2   ? static_cast<std::int16_t>(number)
+                  : d.row.width == 1 ? static_cast<std::int8_t>(number)
+                                     : static_cast<std::int32_t>(number);
+         };
+       }},
+      {{"element-as-unsigned"},
+       {"copy_union_scalar_3", "add_union_vector8_5", "multiply_union_arrays_3"},
+       [](Device_ d) {
+         d.integer = [&d](const std::uint8_t* bytes) {
+           return static_cast<std::int64_t>(NumberAt(bytes, d.row.width));
+         };
+       }},
+      {{"float-view-of-a"},
+       {"add_union_arrays_1", "multiply_union_vector3_5", "copy_union_vector8_3",
+        "add_union_scalar_6"},
+       [](Device_ d) {
+         d.placeOfA = d.placeOfB;
+         d.operandA = [](const Bytes& a, std::size_t at) { return FloatAtBytes(&a.at(at)); };
+       }},
+      {{"integer-stored"},
+       {"copy_union_arrays_1", "floor_union_vector4_3", "add_union_scalar_5"},
+       [](Device_ d) {
+         d.bitsOf = [](float x) {
+           return static_cast<std::uint32_t>(static_cast<std::int64_t>(x));
+         };
+       }},
+      {{"b-at-16"},
+       {"add_union_arrays_1", "multiply_union_vector4_2", "add_union_vector3_1"},
+       [](Device_ d) { d.placeOfB = Moved(d.placeOfB, 16); }},
+      {{"b-at-8"},
+       {"add_union_arrays_3", "multiply_union_vector2_1"},
+       [](Device_ d) { d.placeOfB = Moved(d.placeOfB, 8); }},
+      {{"a-at-16"},
+       {"copy_union_arrays_3", "multiply_union_vector4_1"},
+       [](Device_ d) { d.placeOfA = Moved(d.placeOfA, 16); }},
+      {{"result-at-16"},
+       {"add_union_arrays_1", "copy_union_vector4_2"},
+       [](Device_ d) {
+         d.placeOfResult = [old = d.placeOfResult](int item, int lane) {
+           return old(item, lane) + 16;
+         };
+       }},
+      {{"result-at-1"},
+       {"copy_union_scalar_5", "add_union_scalar_6"},
+       [](Device_ d) {
+         d.placeOfResult = [old = d.placeOfResult](int item, int lane) {
+           return old(item, lane) + 1;
+         };
+       }},
+      // A struct that does not fit where the union does.
+      {{"result-at-32"},
+       {"copy_union_vector8_1", "multiply_union_vector8_1"},
+       [](Device_ d) {
+         d.placeOfResult = [](int item, int lane) { return 64 * item + 32 + 4 * lane; };
+       }},
+      {{"stride-16-of-a"},
+       {"copy_union_vector2_3", "add_union_arrays_6"},
+       [](Device_ d) {
+         d.placeOfA = [&d](int item, int lane) {
+           return static_cast<std::size_t>(16 * item) +
+                  d.row.width * static_cast<std::size_t>(lane);
+         };
+       }},
+      {{"stride-64-of-b"},
+       {"multiply_union_vector2_3", "add_union_arrays_6"},
+       [](Device_ d) {
+         d.placeOfB = [](int item, int lane) {
+           return static_cast<std::size_t>(64 * item + 4 * lane);
+         };
+       }},
+      {{"stride-16-of-result"},
+       {"copy_union_arrays_2", "add_union_vector4_1"},
+       [](Device_ d) {
+         d.placeOfResult = [](int item, int lane) { return 16 * item + 4 * lane; };
+       }},
+      {{"stride-16"},
+       {"power_union_vector4_1", "power_union_scalar_3"},
+       [](Device_ d) {
+         d.placeOfA = [&d](int item, int lane) {
+           return static_cast<std::size_t>(16 * item) +
+                  d.row.width * static_cast<std::size_t>(lane);
+         };
+         d.placeOfB = [](int item, int lane) {
+           return static_cast<std::size_t>(16 * item + 4 * lane);
+         };
+         d.placeOfResult = [](int item, int lane) { return 16 * item + 4 * lane; };
+       }},
+      {{"byte-order"},
+       {"copy_union_scalar_1", "add_union_vector4_3", "multiply_union_vector8_2"},
+       [](Device_ d) {
+         d.integer = [&d, old = d.integer](const std::uint8_t* bytes) {
+           std::uint8_t reversed[4] = {};
+           for (std::size_t n = 0; n < d.row.width; ++n) reversed[n] = bytes[d.row.width - 1 - n];
+           return old(reversed);
+         };
+         d.real = [](const std::uint8_t* bytes) {
+           const std::uint8_t reversed[4] = {bytes[3], bytes[2], bytes[1], bytes[0]};
+           return FloatAtBytes(reversed);
+         };
+         d.bitsOf = [old = d.bitsOf](float x) { return __builtin_bswap32(old(x)); };
+       }},
+      {{"byte-order"},
+       {"copy_union_vector2_3", "add_union_arrays_2"},
+       [](Device_ d) {
+         d.bitsOf = [old = d.bitsOf](float x) { return __builtin_bswap32(old(x)); };
+       }},
+      {{"lane-0-for-all"},
+       {"copy_union_vector4_1", "add_union_vector16_3", "power_union_vector3_2"},
+       [](Device_ d) { MoveLanes(d, [](int) { return 0; }); }},
+      {{"lane-2-for-all"},
+       {"multiply_union_vector3_1", "copy_union_vector8_5"},
+       [](Device_ d) { MoveLanes(d, [](int) { return 2; }); }},
+      {{"lanes-reversed"},
+       {"copy_union_vector4_1", "add_union_vector16_3"},
+       [](Device_ d) { MoveLanes(d, [&d](int lane) { return d.row.lanes - 1 - lane; }); }},
+      // Two lanes can't tell.
+      {{"lanes-reversed", "lanes-shifted"},
+       {"copy_union_vector2_1"},
+       [](Device_ d) { MoveLanes(d, [](int lane) { return 1 - lane; }); }},
+      {{"lanes-shifted"},
+       {"copy_union_vector4_1", "add_union_vector16_3"},
+       [](Device_ d) { MoveLanes(d, [&d](int lane) { return (lane + 1) % d.row.lanes; }); }},
+      {{"lanes-shifted"},
+       {"multiply_union_vector8_4"},
+       [](Device_ d) {
+         MoveLanes(d, [&d](int lane) { return (lane + d.row.lanes - 3) % d.row.lanes; });
+       }},
+      {{"element-shifted-1"},
+       {"copy_union_scalar_1", "add_union_vector16_5", "power_union_scalar_3"},
+       [](Device_ d) {
+         d.compute = [&d, old = d.compute](float a, float b, int n) {
+           return old(a, b, d.row.shape == Shape::arrays ? n : n + 1);
+         };
+         d.placeOfA = [old = d.placeOfA](int item, int lane) { return old(item + 1, lane); };
+         d.placeOfB = [old = d.placeOfB](int item, int lane) { return old(item + 1, lane); };
+       }},
+      {{"element-shifted--2"},
+       {"copy_union_scalar_1", "multiply_union_arrays_2"},
+       [](Device_ d) {
+         d.placeOfResult = [old = d.placeOfResult](int item, int lane) {
+           return old(item + 2, lane);
+         };
+       }},
+      {{"elements-unwritten"},
+       {"copy_union_scalar_1", "add_union_vector8_3"},
+       [](Device_ d) {
+         d.placeOfResult = [old = d.placeOfResult](int item, int lane) {
+           return item == 3 || item >= 8 ? -1 : old(item, lane);
+         };
+       }},
+      {{"elements-unwritten"},
+       {"copy_union_scalar_1", "add_union_vector8_3"},
+       [](Device_ d) { d.placeOfResult = [](int, int) { return -1; }; },
+       1},
+      {{"lanes-unwritten"},
+       {"copy_union_vector4_1", "add_union_vector3_5"},
+       [](Device_ d) {
+         d.placeOfResult = [&d, old = d.placeOfResult](int item, int lane) {
+           return lane == d.row.lanes - 1 ? -1 : old(item, lane);
+         };
+       }},
+      {{"negated"},
+       {"copy_union_scalar_1", "add_union_vector16_5", "power_union_arrays_6"},
+       [](Device_ d) { d.bitsOf = [old = d.bitsOf](float x) { return old(-x); }; }},
+      {{"off-by-ulps-3"},
+       {"copy_union_vector4_1", "multiply_union_scalar_1"},
+       [](Device_ d) { d.bitsOf = [old = d.bitsOf](float x) { return old(x) + 3; }; }},
+      // Not always, but never farther.
+      {{"off-by-ulps-5"},
+       {"copy_union_vector4_1"},
+       [](Device_ d) { d.bitsOf = [old = d.bitsOf](float x) { return old(x) + old(x) % 6; }; }},
+      {{"truncates-to-24-bits"},
+       {"copy_union_vector4_2", "add_union_arrays_2"},
+       [](Device_ d) {
+         d.convert = [](std::int64_t x) { return static_cast<float>(x & 0xFFFFFF); };
+       }},
+      {{"unexplained"},
+       {"copy_union_vector4_2", "add_union_arrays_3"},
+       [](Device_ d) { d.bitsOf = [old = d.bitsOf](float x) { return old(x) * 2654435761U; }; }},
+
+      // Faults without a name of their own in every account of such devices.
+      {{"element-as-char"},
+       {"copy_union_scalar_3", "add_union_scalar_4"},
+       [](Device_ d) {
+         d.integer = [](const std::uint8_t* bytes) -> std::int64_t {
+           return static_cast<std::int8_t>(*bytes);
+         };
+       }},
+      {{"lane-pairs-exchanged"},
+       {"copy_union_vector8_1"},
+       [](Device_ d) { MoveLanes(d, [](int lane) { return lane ^ 1; }); }},
+      {{"lanes-permuted"},
+       {"copy_union_vector4_1", "add_union_vector4_3"},
+       [](Device_ d) {
+         MoveLanes(d, [](int lane) {
+           return std::array{0, 2, 1, 3}.at(static_cast<std::size_t>(lane));
+         });
+       }},
+      {{"power-by-logarithm"},
+       {"power_union_vector4_3", "power_union_scalar_3"},
+       [](Device_ d) {
+         d.compute = [old = d.compute](float a, float b, int n) {
+           return a < 0 && n != 0 ? std::nanf("") : old(a, b, n);
+         };
+       }},
+      {{"converts-through-half"},
+       {"add_union_scalar_4", "add_union_scalar_3"},
+       [](Device_ d) {
+         d.convert = [](std::int64_t x) {
+           const auto half = [](float value) {
+             int exponent = 0;
+             const float fraction = std::frexp(value, &exponent);
+             return std::ldexp(std::nearbyint(std::ldexp(fraction, 11)), exponent - 11);
+           };
+           const float value = half(static_cast<float>(x));
+           return std::fabs(value) > 65504 ? std::copysign(INFINITY, value) : value;
+         };
+       }},
+  };
+  return faults;
+}
+
+class Suspects_ : public testing::TestWithParam<Fault_> {};
+
+TEST_P(Suspects_, AreNamed) {
+  diagnosis::Run run;
+  for (const char* row : GetParam().rows) {
+    MadeUpDevice device(row);
+    GetParam().set(device);
+    run.info.device = device.reported;
+    run.records.push_back(device.Run(GetParam().repetitions));
+  }
+  const Suspects suspects = SuspectsOf(run);
+  for (const char* row : GetParam().rows) {
+    SCOPED_TRACE(row);
+    ASSERT_TRUE(suspects.byRow.contains(row));
+    EXPECT_EQ(suspects.byRow.at(row), GetParam().names);
+  }
+  ASSERT_EQ(suspects.fewest.size(), 1U);
+  EXPECT_EQ(suspects.fewest.front().name, GetParam().names.front());
+  EXPECT_EQ(suspects.fewest.front().rows.size(), GetParam().rows.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, Suspects_, testing::ValuesIn(Faults()));
+
+}  // namespace
+}  // namespace diagnosis
