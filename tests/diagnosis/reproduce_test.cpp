@@ -1,0 +1,327 @@
+// Reproducers, compiled by every compiler that is here and run against a scripted OpenCL.
+
+#include "diagnosis/reproduce.h"
+
+#include <CL/cl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "diagnosis/rehearsal.h"
+#include "diagnosis/row.h"
+
+namespace diagnosis {
+namespace {
+
+namespace fs = std::filesystem;
+
+const Device flushes{"a platform", "a device", "a vendor",
+                     "OpenCL 1.2", "1.0",      CL_FP_ROUND_TO_NEAREST};
+
+void WriteFile(const fs::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct Ended {
+  int status;
+  std::string output;
+};
+
+Ended Shell(const std::string& command) {
+  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  std::string output;
+  std::array<char, 4096> part;
+  while (const std::size_t size = std::fread(part.data(), 1, part.size(), pipe))
+    output.append(part.data(), size);
+  const int status = pclose(pipe);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+class Reproduce : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string name = (fs::temp_directory_path() / "reproduce.XXXXXX").string();
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    folder_ = name;
+    for (const char* compiler : {"gcc", "clang"}) {
+      if (Shell(std::string(compiler) + " --version").status == 0)
+        compilers_.emplace_back(compiler);
+    }
+    ASSERT_FALSE(compilers_.empty());
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  /// Compiles the reproducer; the program stays.
+  void Compile(const std::string& text) { CompileWith({compilers_.front()}, text); }
+
+  void CompileWith(const std::vector<std::string>& compilers, const std::string& text) {
+    WriteFile(folder_ / "row.c", text);
+    std::size_t longest = 0;
+    for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1)
+      longest = std::max(longest, text.find('\n', at) - at);
+    EXPECT_LE(longest, 100U);
+    for (const std::string& compiler : compilers) {
+      const Ended ended = Shell(compiler + " -std=c99 -Wall -Wextra -Wpedantic -Werror -o '" +
+                                Path("row") + "' '" + Path("row.c") + "' " SCRIPTED_OPENCL);
+      ASSERT_EQ(ended.status, 0) << ended.output;
+    }
+  }
+
+  Ended Run(const std::string& environment = "") {
+    return Shell(environment + " SCRIPTED_TEXT='" + Path("text") + "' '" + Path("row") + "'");
+  }
+  /// Runs it with these bytes as the device's answer.
+  Ended RunWith(const Bytes& answers) {
+    WriteFile(folder_ / "answers", {answers.begin(), answers.end()});
+    return Run("SCRIPTED_ANSWERS='" + Path("answers") + "'");
+  }
+
+  std::string Path(const char* name) const { return (folder_ / name).string(); }
+
+  fs::path folder_;
+  std::vector<std::string> compilers_;
+};
+
+Record RecordOf(const std::string& row) {
+  Record record;
+  record.row = row;
+  record.ending = {Ending::Kind::returned, 1, ""};
+  return record;
+}
+
+void Put(Bytes& bytes, std::size_t at, std::uint32_t value) {
+  for (std::size_t n = 0; n < 4; ++n) bytes[at + n] = static_cast<std::uint8_t>(value >> (8 * n));
+}
+
+Bytes Zeros(const Row& row) { return Bytes(row.stride * elementsOfRow); }
+
+TEST_F(Reproduce, TakesAnyTextThatADriverGives) {
+  const std::string hostile = std::string("*/ int x = 1; /* // ?\?/ ?\?' \\") +
+                              "\n\" %s %n \x80\xFF\x1B[2J \xC2\xAE" + '\0' + "**//**/ */";
+  Record record = RecordOf("add_union_scalar_2");
+  record.buildOptions = "-D X=\"a b\" ?\?/ %d \x80";
+  record.failedCalls = {{hostile, -5, 1}};
+  record.out = "  c:1 ocl:" + hostile;
+  record.ending.reason = hostile;
+  Suspects suspects;
+  suspects.byRow[record.row] = {hostile, "unexplained"};
+  suspects.fewest = {{hostile, hostile + hostile + hostile, {record.row}}};
+  CompileWith(compilers_,
+              ReproducerOf(record, {hostile, hostile, hostile, hostile, hostile, 0}, suspects));
+  EXPECT_NE(Run().output.find("options: " + record.buildOptions + "\n"), std::string::npos);
+}
+
+TEST_F(Reproduce, HandsOverTheTextAndMakesTheSuitesCallsInTheirOrder) {
+  for (const char* row : {"power_union_arrays_6", "multiply_union_vector16_1"}) {
+    SCOPED_TRACE(row);
+    const auto rehearsed = std::ranges::find(Rehearsal(), row, &Rehearsed::name);
+    const bool twoInputs = RowNamed(row)->twoInputs;
+    Record record = RecordOf(row);
+    record.localSize = 64;
+    CompileWith(compilers_, ReproducerOf(record, flushes, {}));
+    std::string calls;
+    const auto call = [&calls](const char* name, int times = 1) {
+      while (times-- > 0) calls += std::string("> ") + name + "\n";
+    };
+    call("clGetPlatformIDs");
+    call("clCreateContextFromType");
+    call("clGetContextInfo");
+    call("clGetDeviceInfo", 2);
+    call("clCreateProgramWithSource");
+    call("clBuildProgram");
+    call("clCreateKernel");
+    call("clCreateBuffer", twoInputs ? 3 : 2);
+    call("clSetKernelArg", twoInputs ? 4 : 3);
+    call("clCreateCommandQueue");
+    call("clEnqueueWriteBuffer", twoInputs ? 2 : 1);
+    call("clEnqueueNDRangeKernel");
+    call("clEnqueueReadBuffer");
+    call("clReleaseCommandQueue");
+    call("clReleaseMemObject", twoInputs ? 3 : 2);
+    call("clReleaseKernel");
+    call("clReleaseProgram");
+    call("clReleaseContext");
+    EXPECT_EQ(
+        Shell("SCRIPTED_TEXT='" + Path("text") + "' '" + Path("row") + "' | grep '^>'").output,
+        calls);
+    EXPECT_EQ(ReadFile(folder_ / "text"), rehearsed->source);
+    const std::string output = Run().output;
+    EXPECT_NE(output.find("kernel: " + rehearsed->kernel + "\n"), std::string::npos);
+    EXPECT_NE(output.find("local size: 64\n"), std::string::npos);
+    EXPECT_NE(output.find("buffer: " + std::to_string(256 * rehearsed->stride) + "\n"),
+              std::string::npos);
+  }
+}
+
+TEST_F(Reproduce, EndsWith2IfACallFails) {
+  Compile(ReproducerOf(RecordOf("copy_union_vector3_5"), flushes, {}));
+  for (const char* call :
+       {"clGetPlatformIDs", "clCreateContextFromType", "clGetContextInfo", "clGetDeviceInfo",
+        "clCreateProgramWithSource", "clBuildProgram", "clCreateKernel", "clCreateBuffer",
+        "clSetKernelArg", "clCreateCommandQueue", "clEnqueueWriteBuffer", "clEnqueueNDRangeKernel",
+        "clEnqueueReadBuffer", "clReleaseCommandQueue"}) {
+    const Ended ended = Run(std::string("SCRIPTED_FAILURE=") + call);
+    EXPECT_EQ(ended.status, 2) << call;
+    EXPECT_NE(ended.output.find(std::string("ERROR: ") + call + "(-5)\n"), std::string::npos)
+        << ended.output;
+    EXPECT_EQ(ended.output.find("the build log") != std::string::npos,
+              call == std::string("clBuildProgram"));
+  }
+}
+
+/// An answer to lane 0 of element 9 of a row whose inputs are zero but there.
+struct Judged {
+  const char* row;
+  std::uint64_t config;
+  std::uint32_t a;
+  std::uint32_t b;
+  std::vector<std::uint32_t> right;
+  std::vector<std::uint32_t> wrong;
+};
+
+const Judged judged[] = {
+    {"copy_union_scalar_1", CL_FP_ROUND_TO_NEAREST, 0xFFFFFFFF, 0, {0xBF800000}, {0x3F800000, 0}},
+    // A zero has a sign, and a NaN has none.
+    {"add_union_scalar_1", CL_FP_ROUND_TO_NEAREST, 0, 0, {0}, {0x80000000, 1, 0x7FC00000}},
+    {"add_union_vector2_1",
+     CL_FP_ROUND_TO_NEAREST,
+     5,
+     0xFFC00000,
+     {0x7FC00000, 0xFF800001, 0x7FFFFFFF},
+     {0x7F800000, 0xFF800000, 0}},
+    // A denormal may be flushed to either zero, or must not be.
+    {"multiply_union_scalar_2",
+     CL_FP_ROUND_TO_NEAREST,
+     2,
+     0x80000001,
+     {0x80000002, 0, 0x80000000},
+     {2, 0x80000001}},
+    {"multiply_union_scalar_2",
+     CL_FP_ROUND_TO_NEAREST | CL_FP_DENORM,
+     2,
+     0x80000001,
+     {0x80000002},
+     {0, 0x80000000, 2}},
+    // 2^9 and (-2)^9 with 16 units around them, where the unit below is half of that above.
+    {"power_union_scalar_1",
+     CL_FP_ROUND_TO_NEAREST,
+     2,
+     0,
+     {0x44000000, 0x44000008, 0x43FFFFF0},
+     {0x44000011, 0x43FFFFEF, 0xC4000000}},
+    {"power_union_scalar_3",
+     CL_FP_ROUND_TO_NEAREST,
+     0xFFFE,
+     0,
+     {0xC4000000, 0xC4000008, 0xC3FFFFF0},
+     {0xC4000011, 0xC3FFFFEF, 0x44000000}},
+};
+
+TEST_F(Reproduce, TakesTheAnswersThatAreRight) {
+  for (const Judged& one : judged) {
+    SCOPED_TRACE(one.row);
+    const Row row = *RowNamed(one.row);
+    const std::size_t place = 9 * row.stride;
+    Record record = RecordOf(one.row);
+    Repetition& repetition = record.repetitions.emplace_back();
+    repetition.inputA = Zeros(row);
+    Put(repetition.inputA, place, one.a);
+    if (row.twoInputs) {
+      repetition.inputB = Zeros(row);
+      Put(repetition.inputB, place, one.b);
+    }
+    Device device = flushes;
+    device.singleFpConfig = one.config;
+    Compile(ReproducerOf(record, device, {}));
+    Bytes answers = Zeros(row);
+    if (row.operation == Operation::power) Put(answers, 0, 0x3F800000);
+    for (const std::uint32_t answer : one.right) {
+      Put(answers, place, answer);
+      const Ended ended = RunWith(answers);
+      EXPECT_EQ(ended.status, 0) << ended.output;
+    }
+    for (const std::uint32_t answer : one.wrong) {
+      Put(answers, place, answer);
+      const Ended ended = RunWith(answers);
+      EXPECT_EQ(ended.status, 1) << std::hex << answer;
+      EXPECT_NE(ended.output.find("element 9, lane 0: the answer is 0x"), std::string::npos);
+      EXPECT_NE(ended.output.find("\n1 of "), std::string::npos) << ended.output;
+    }
+  }
+}
+
+// Which of three repetitions goes into the reproducer. Each has its number in its first byte.
+struct Choice {
+  const char* what;
+  void (*spoil)(Record& record);
+  int first;   // byte of the inputs
+  int rounds;  // as often as it is run at most
+};
+
+const Choice choices[] = {
+    {"all is right", [](Record&) {}, 3, 3},
+    {"the device is wrong in the second",
+     [](Record& record) { record.repetitions[1].result[0] ^= 1; }, 2, 2},
+    {"the suite rejects the second",
+     [](Record& record) { record.repetitions[1].out = "  c:1 ocl:2\nRUN 2: FAILED!\n"; }, 2, 2},
+    {"a crash in the third behind a wrong second",
+     [](Record& record) {
+       record.repetitions[1].result[0] ^= 1;
+       record.repetitions[2].result.clear();
+       record.ending = {Ending::Kind::signalled, 11, ""};
+     },
+     3, 3},
+    {"a crash before the third had its inputs",
+     [](Record& record) {
+       record.repetitions[2] = {};
+       record.ending = {Ending::Kind::signalled, 11, ""};
+     },
+     2, 2},
+    {"a build that fails",
+     [](Record& record) {
+       record.repetitions.clear();
+       record.failedCalls = {{"clBuildProgram", -11, 0}};
+     },
+     0x11, 1},
+};
+
+TEST(ReproducerOf, TakesTheRepetitionThatShowsTheFault) {
+  const Row row = *RowNamed("copy_union_scalar_6");
+  for (const Choice& choice : choices) {
+    SCOPED_TRACE(choice.what);
+    Record record = RecordOf(row.name);
+    for (int i = 1; i <= 3; ++i) {
+      Repetition& repetition = record.repetitions.emplace_back();
+      repetition.inputA = repetition.result = Zeros(row);
+      repetition.inputA[0] = static_cast<std::uint8_t>(i);
+      Put(repetition.result, 0, std::bit_cast<std::uint32_t>(static_cast<float>(i)));
+    }
+    choice.spoil(record);
+    const std::string text = ReproducerOf(record, flushes, {});
+    EXPECT_NE(text.find("  repetitions = " + std::to_string(choice.rounds) + ","),
+              std::string::npos);
+    char first[8];
+    std::snprintf(first, sizeof first, "0x%02X", choice.first);
+    EXPECT_NE(text.find(std::string("    /* element 0 */\n    ") + first), std::string::npos);
+  }
+}
+
+}  // namespace
+}  // namespace diagnosis
