@@ -1,10 +1,69 @@
-// Says by its status whether the machine's first OpenCL platform has a GPU device.
+// Says on which GPU device the suite would run, behind the loader and with the drivers and layers
+// that the environment names: in one line on standard output, which no driver can write on.
+//   status 0: platform, device and driver version
+//   status 1: that the first platform has no GPU device, or that there is no platform
+//   status 2: which layer of OPENCL_LAYERS the loader did not take
+// A driver can end the process that loads it with any status. Then there is no line.
 
 #include <CL/cl.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+namespace {
+
+int answerChannel = -1;
+
+// Leaves at once: what a driver does at the end of a process must not spoil the answer.
+[[noreturn]] void Answer(int status, const std::string& line) {
+  const std::string bytes = line + "\n";
+  const auto written = write(answerChannel, bytes.data(), bytes.size());
+  _exit(written == static_cast<ssize_t>(bytes.size()) ? status : 3);
+}
+
+// A text that a driver gives, on one line.
+template <class Handle>
+std::string Text(cl_int(CL_API_CALL* query)(Handle, cl_uint, std::size_t, void*, std::size_t*),
+                 Handle handle, cl_uint name) {
+  std::size_t size = 0;
+  if (query(handle, name, 0, nullptr, &size) != CL_SUCCESS) return "?";
+  std::string text(size, '\0');
+  if (query(handle, name, size, text.data(), nullptr) != CL_SUCCESS) return "?";
+  text.resize(text.find_last_not_of(std::string_view(" \n\0", 3)) + 1);
+  for (char& c : text)
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  return text;
+}
+
+}  // namespace
 
 int main() {
+  answerChannel = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  dup2(nowhere, STDOUT_FILENO);
+  dup2(nowhere, STDERR_FILENO);
+
+  // A copy: the loader takes the variable's own text to pieces.
+  const char* names = std::getenv("OPENCL_LAYERS");
+  std::istringstream layers(names != nullptr ? names : "");
+
   cl_platform_id platform = nullptr;
-  if (clGetPlatformIDs(1, &platform, nullptr) != CL_SUCCESS) return 1;
+  if (clGetPlatformIDs(1, &platform, nullptr) != CL_SUCCESS) Answer(1, "no OpenCL platform");
+
+  // The loader goes on in silence without a layer that it cannot take, or any if it knows none.
+  for (std::string layer; std::getline(layers, layer, ':');)
+    if (!layer.empty() && dlopen(layer.c_str(), RTLD_LAZY | RTLD_NOLOAD) == nullptr)
+      Answer(2, "the OpenCL loader did not take the layer " + layer);
+
   cl_device_id device = nullptr;
-  return clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 1, &device, nullptr) == CL_SUCCESS ? 0 : 1;
+  if (clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 1, &device, nullptr) != CL_SUCCESS)
+    Answer(1, "no GPU device");
+  Answer(0, Text(clGetPlatformInfo, platform, CL_PLATFORM_NAME) + ", " +
+                Text(clGetDeviceInfo, device, CL_DEVICE_NAME) + ", driver version " +
+                Text(clGetDeviceInfo, device, CL_DRIVER_VERSION));
 }

@@ -1,0 +1,94 @@
+# Which device a command runs on. Sourced after common.sh; needs first_gpu and the layers built.
+
+# The interpreting driver under the simulated GPU.
+simulated_driver=/usr/lib/oclgrind/liboclgrind-rt-icd.so
+
+device=own # or as_gpu, or simulated
+keep_denormals=
+device_options='--simulated | --keep-denormals | --as-gpu'
+
+# device_option OPTION: whether the option chooses a device. If so, it is noted for pick_device.
+device_option() {
+  case $1 in
+    --simulated) device=simulated ;;
+    --keep-denormals) device=simulated keep_denormals=1 ;;
+    --as-gpu) device=as_gpu ;;
+    *) return 1 ;;
+  esac
+}
+
+# pick_device: leaves in the environment what makes the chosen device the suite's own choice, and says
+# on standard error which it is. From then on the command must not leave the project's root.
+pick_device() {
+  if [[ $device == simulated ]]; then
+    use_simulated_gpu
+    return
+  fi
+  [[ $device == own ]] || stand_before as_gpu
+  if find_gpu; then
+    say "on $answer"
+  elif [[ $device == own ]]; then
+    use_simulated_gpu
+  else
+    fail "no installed OpenCL driver has a device"
+  fi
+}
+
+# find_gpu: leaves the first driver that has a GPU device in OCL_ICD_VENDORS, and what it says of itself
+# in $answer: of those that the caller's OCL_ICD_VENDORS names, or else of the installed ones. Fails if
+# none of the latter has one; ends the command if none of the former has.
+find_gpu() {
+  local asked=${OCL_ICD_VENDORS-} drivers driver status
+  # A path is relative to where the caller was.
+  [[ $asked != [!/]* || ! -e $OLDPWD/$asked ]] || asked=$OLDPWD/$asked
+  drivers=("$asked")
+  [[ -n $asked && ! -d $asked ]] ||
+    drivers=("${asked:-${OPENCL_VENDOR_PATH:-/etc/OpenCL/vendors}}"/*.icd)
+  for driver in "${drivers[@]}"; do
+    status=0
+    OCL_ICD_VENDORS=$driver ask || status=$?
+    case $status in
+      0)
+        export OCL_ICD_VENDORS=$driver
+        return
+        ;;
+      2) fail "$answer" ;;
+      3)
+        [[ $driver != "$asked" ]] || fail "the driver $driver ends the process that loads it"
+        say "the driver $driver ends the process that loads it: going on without it"
+        ;;
+    esac
+  done
+  [[ -z $asked ]] || fail "no GPU device behind OCL_ICD_VENDORS=$asked"
+  return 1
+}
+
+use_simulated_gpu() {
+  local status=0
+  need oclgrind
+  export OCL_ICD_VENDORS=$simulated_driver SIMULATED_GPU_KEEP_DENORMALS=$keep_denormals
+  # The driver's own settings can make it write where the suite writes.
+  unset "${!OCLGRIND_@}"
+  stand_before simulated_gpu
+  ask || status=$?
+  case $status in
+    1) fail "the simulated GPU cannot start: $answer with its driver $simulated_driver" ;;
+    2) fail "the simulated GPU cannot start: $answer" ;;
+    3) fail "the simulated GPU cannot start: its driver $simulated_driver ends the process" ;;
+  esac
+  say "on the simulated GPU, denormals $([[ -n $keep_denormals ]] && echo kept || echo flushed)"
+}
+
+# stand_before LAYER: puts one of the project's layers before the driver. Layers that the caller has named
+# stay in place, nearer to the program. The path is relative because the loader splits at each colon.
+stand_before() {
+  export OPENCL_LAYERS=build/layers/lib$1.so${OPENCL_LAYERS:+:$OPENCL_LAYERS}
+}
+
+# ask: what first_gpu answers goes into $answer. 3 stands for no answer: the process was ended.
+ask() {
+  local status=0
+  answer=$(build/first_gpu) || status=$?
+  [[ -n $answer ]] || status=3
+  return "$status"
+} 2>/dev/null

@@ -1,0 +1,13 @@
+#include <stdio.h>
+#include <stdlib.h>
+
+static const char* variable(const char* name) {
+  const char* value = getenv(name);
+  return value != NULL ? value : "-";
+}
+
+int main(void) {
+  printf("stand-in: %s, %s, %s\n", variable("OCL_ICD_VENDORS"), variable("OPENCL_LAYERS"),
+         variable("OCLGRIND_QUICK"));
+  return 0;
+}
