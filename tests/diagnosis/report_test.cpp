@@ -1,0 +1,129 @@
+// The page of a run as a tree: what it says, and how large it may grow. How it looks and works is
+// for a browser to test.
+
+#include "diagnosis/report.h"
+
+#include <gtest/gtest.h>
+
+#include <pugixml.hpp>
+#include <string>
+#include <vector>
+
+#include "diagnosis/rehearsal.h"
+#include "diagnosis/row.h"
+
+namespace diagnosis {
+namespace {
+
+pugi::xml_document Parsed(const std::string& page) {
+  pugi::xml_document document;
+  const pugi::xml_parse_result result = document.load_buffer(
+      page.data(), page.size(), pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata);
+  EXPECT_TRUE(result) << result.description() << " at " << result.offset;
+  return document;
+}
+
+// All that an element says.
+std::string TextIn(const pugi::xml_node& element) {
+  std::string text;
+  for (const pugi::xpath_node& node : element.select_nodes(".//text()"))
+    text += node.node().value();
+  return text;
+}
+
+// A row as it went, its answers all `answer`.
+Record RowOf(const Rehearsed& row, bool passed, float answer) {
+  Record record;
+  record.row = row.name;
+  record.source = row.source;
+  record.ending = {Ending::Kind::returned, passed ? 1 : 0, ""};
+  record.out = passed ? "RUN 1: PASSED\n" : "  c:1 ocl:2\nRUN 1: FAILED!\n";
+  record.seconds = 0.5;
+  Repetition repetition;
+  repetition.inputA.assign(row.stride * elementsOfRow, 0);
+  if (RowNamed(row.name)->twoInputs) repetition.inputB = repetition.inputA;
+  for (std::size_t i = 0; i < row.stride * elementsOfRow / sizeof answer; ++i) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&answer);
+    repetition.result.insert(repetition.result.end(), bytes, bytes + sizeof answer);
+  }
+  repetition.launched = true;
+  record.repetitions.assign(static_cast<std::size_t>(row.repetitions), repetition);
+  return record;
+}
+
+TEST(Report, SaysWhatARunComesTo) {
+  // The copy of nothing but zeros: 0 is right, 1 is not.
+  const Rehearsed& copy = Rehearsal()[42];
+  Record crashed;
+  crashed.row = copy.name;
+  crashed.ending = {Ending::Kind::signalled, 11, ""};
+  const struct {
+    std::vector<Record> records;
+    const char* end;
+    const char* verdict;
+  } cases[] = {
+      {{RowOf(copy, true, 0)},
+       "now",
+       "The one row passed. By OpenCL\u2019s rules, too, every lane that came back is right."},
+      {{RowOf(copy, false, 1), RowOf(copy, true, 1), RowOf(copy, true, 1), RowOf(copy, false, 0)},
+       "now",
+       "2 of 4 rows passed: 2 failed. By OpenCL\u2019s rules 1 failed and is wrong, a fault of the "
+       "device; 2 passed but are wrong, a fault that the suite\u2019s rule hides; 1 failed but is "
+       "right, where the suite asks more than OpenCL does."},
+      {{crashed},
+       "",
+       "0 of 1 row passed: 1 crashed; the run was cut off. Nothing came back that could be held "
+       "against OpenCL\u2019s rules."},
+  };
+  for (const auto& one : cases) {
+    diagnosis::Run run;
+    run.info.end = one.end;
+    run.records = one.records;
+    const pugi::xml_document page = Parsed(ReportOf({{"out", run}}));
+    EXPECT_EQ(TextIn(page.select_node("//p[@class='verdict']").node()), one.verdict);
+  }
+}
+
+TEST(Report, ShowsEachRowThatIsNotPassedAndRight) {
+  diagnosis::Run run;
+  for (const Rehearsed& row : Rehearsal()) {
+    const bool isPower = row.name.starts_with("power");
+    // Zeros to the power of nothing are 1, in some lanes; the other operations make zeros of them.
+    if (!isPower)
+      run.records.push_back(RowOf(row, true, row.name.starts_with("floor") ? 3.F : 0.F));
+  }
+  const pugi::xml_document page = Parsed(ReportOf({{"out", run}}));
+  const auto articles = page.select_nodes("//section[@id='rows']/article");
+  EXPECT_EQ(articles.size(), 42U);
+  for (const pugi::xpath_node& article : articles) {
+    EXPECT_TRUE(std::string_view(article.node().attribute("id").value()).starts_with("row-floor"));
+    EXPECT_EQ(article.node().attribute("class").value(), std::string_view("passed-wrong"));
+  }
+  EXPECT_EQ(page.select_nodes("//section[@id='matrix']//td[@class='passed-right']").size(), 126U);
+  EXPECT_EQ(page.select_nodes("//section[@id='matrix']//td[@class='blank']").size(), 0U);
+  EXPECT_EQ(page.select_nodes("//section[@id='distances']//td[@class='outside']").size(), 42U);
+}
+
+TEST(Report, KeepsItsBoundWhateverFailsAndWhateverADriverWrites) {
+  diagnosis::Run run;
+  run.info.command.assign(1 << 20, '<');
+  for (std::string* text : {&run.info.device.name, &run.info.device.vendor, &run.info.host})
+    text->assign(1 << 20, '&');
+  for (const Rehearsed& row : Rehearsal()) {
+    Record record = RowOf(row, false, 12345.F);
+    record.buildLog.assign(100'000, '&');
+    record.err.assign(100'000, '\x1B');
+    record.driver.assign(100'000, '<');
+    record.out += std::string(100'000, '"');
+    run.records.push_back(record);
+  }
+  const std::string one = ReportOf({{"out", run}});
+  EXPECT_LE(one.size(), mostBytesOfPage);
+  EXPECT_EQ(Parsed(one).select_nodes("//section[@id='rows']/article").size(), Rehearsal().size());
+  const std::string two = ReportOf({{std::string(1 << 20, '&'), run}, {"again", run}});
+  EXPECT_LE(two.size(), mostBytesOfPage);
+  Parsed(two);
+}
+
+}  // namespace
+}  // namespace diagnosis
