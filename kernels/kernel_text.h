@@ -174,10 +174,18 @@ inline constexpr std::string_view statements[][3] = {
      "c[tid].r = pow(convert_float$N(a[tid].a),convert_float$N((float$N)tid));"},
 };
 
-/// Writes text at the front of a buffer that already holds blanks, or counts it if there is none.
+// For the longest text and its NUL. A text that needs more does not compile.
+using Room = std::array<char, 5400>;
+inline constexpr Room blanks = [] {
+  Room room{};
+  room.fill(' ');
+  return room;
+}();
+
+/// Writes text at the front of a room that already holds blanks.
 class Writer {
  public:
-  constexpr Writer(Row row, char* out) : row_(row), out_(out) {}
+  constexpr Writer(Row row, Room& out) : row_(row), out_(out) {}
 
   constexpr void Write(const Line& line) {
     if (!line.where(row_)) return;
@@ -186,25 +194,24 @@ class Writer {
     Put('\n');
   }
 
-  constexpr std::size_t Written() const { return written_; }
+  constexpr void End() { Put('\0'); }
 
  private:
-  constexpr void Put(char c) {
-    if (out_ != nullptr) out_[written_] = c;
-    ++written_;
-  }
+  constexpr void Put(char c) { out_[written_++] = c; }
 
   constexpr void Write(std::string_view text) {
     for (const char c : text) Put(c);
   }
 
   constexpr void WriteFilledIn(std::string_view text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      if (text[i] == '$') {
-        WriteSubstitution(text[++i]);
-      } else {
-        Put(text[i]);
+    bool behindDollar = false;
+    for (const char c : text) {
+      if (behindDollar) {
+        WriteSubstitution(c);
+      } else if (c != '$') {
+        Put(c);
       }
+      behindDollar = c == '$';
     }
   }
 
@@ -233,29 +240,21 @@ class Writer {
   }
 
   Row row_;
-  char* out_;
+  Room& out_;
   std::size_t written_ = 0;
 };
 
-/// Writes the row's text, without a NUL, and returns its length.
-constexpr std::size_t Write(Row row, char* out) {
-  Writer writer(row, out);
+template <Row row>
+consteval Room Expand() {
+  Room text = blanks;
+  Writer writer(row, text);
   for (const Line& line : lines) writer.Write(line);
-  return writer.Written();
+  writer.End();
+  return text;
 }
 
 template <Row row>
-consteval auto Expand() {
-  constexpr std::size_t length = Write(row, nullptr);
-  std::array<char, length + 1> expanded;
-  expanded.fill(' ');
-  Write(row, expanded.data());
-  expanded[length] = '\0';
-  return expanded;
-}
-
-template <Row row>
-inline constexpr auto text = Expand<row>();
+inline constexpr Room text = Expand<row>();
 
 }  // namespace kernel_text
 
