@@ -17,21 +17,6 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
-/// Puts the host into a rounding mode for as long as it lives.
-class HostRounding {
- public:
-  explicit HostRounding(Rounding rounding) : before_(std::fegetround()) {
-    constexpr int modes[] = {FE_TONEAREST, FE_TOWARDZERO, FE_UPWARD, FE_DOWNWARD};
-    std::fesetround(modes[static_cast<std::size_t>(rounding)]);
-  }
-  HostRounding(const HostRounding&) = delete;
-  HostRounding& operator=(const HostRounding&) = delete;
-  ~HostRounding() { std::fesetround(before_); }
-
- private:
-  int before_;
-};
-
 /// The values that a device may go on with in the place of `x`. `isTiny` says that the exact value
 /// lies below all normal numbers, even if `x` itself, rounded up, does not.
 struct Alternatives {
@@ -146,6 +131,13 @@ RightAnswer PositivePower(float x, int exponent, Rounding rounding, int ulps) {
 }
 
 }  // namespace
+
+HostRounding::HostRounding(Rounding rounding) : before_(std::fegetround()) {
+  constexpr int modes[] = {FE_TONEAREST, FE_TOWARDZERO, FE_UPWARD, FE_DOWNWARD};
+  std::fesetround(modes[static_cast<std::size_t>(rounding)]);
+}
+
+HostRounding::~HostRounding() { std::fesetround(before_); }
 
 FloatMode ModeOf(const Device& device) {
   const cl_device_fp_config config = device.singleFpConfig;

@@ -14,6 +14,18 @@ namespace diagnosis {
 
 enum class Rounding { toNearest, towardZero, upward, downward };
 
+/// Puts the host into a rounding mode for as long as it lives.
+class HostRounding {
+ public:
+  explicit HostRounding(Rounding rounding);
+  HostRounding(const HostRounding&) = delete;
+  HostRounding& operator=(const HostRounding&) = delete;
+  ~HostRounding();
+
+ private:
+  int before_;
+};
+
 /// What becomes of a denormal operand or result: it stays, it may become a zero of either sign, or
 /// it always does.
 enum class Denormals { kept, mayBeFlushed, flushed };

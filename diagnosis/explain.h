@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -25,7 +26,7 @@ struct NamedValue {
   std::string kind;   // "NaN", "infinite", "denormal" or empty
 };
 
-/// One wrong lane in full.
+/// One wrong lane in full, or one that the suite rejects though it is right.
 struct ExplainedLane {
   WrongLane lane;
   std::vector<std::string> storesA;  // the stores into this union, in their order
@@ -42,15 +43,18 @@ struct ExplainedLane {
 struct Explanation {
   std::string row;
   std::string status;  // "Fail: ..." with the detail
+  Kind kind = Kind::neither;
   Opinion opinion;
-  std::vector<ExplainedLane> first;   // the first wrong lane; empty if no lane is wrong
-  std::vector<std::string> others;    // the other wrong lanes, a line each
+  std::vector<ExplainedLane> first;   // the first such lane; empty if there is none
+  std::vector<std::string> others;    // the others, a line each
   std::vector<std::string> suspects;  // "name: meaning"
+  std::vector<std::string> notes;     // what the row, the compiler and the driver had to say
 };
 
 Explanation Explain(const Record& record, const Device& device, const Suspects& suspects);
 
-/// The explanation as `triage explain` prints it, line ends included.
-std::string TextOf(const Explanation& explanation);
+/// The explanation as `triage explain` prints it, line ends included, with no more than
+/// `mostOthers` of the other lanes.
+std::string TextOf(const Explanation& explanation, std::size_t mostOthers = 40);
 
 }  // namespace diagnosis
