@@ -1,5 +1,6 @@
 #include "diagnosis/command.h"
 
+#include <unistd.h>
 #include <wordexp.h>
 
 #include <CLI/CLI.hpp>
@@ -8,6 +9,8 @@
 #include <cstring>
 #include <stdexcept>
 #include <string_view>
+
+#include "diagnosis/select.h"
 
 namespace diagnosis {
 
@@ -28,26 +31,30 @@ std::vector<std::string> WordsOf(const std::string& line) {
 
 void AddRows(CLI::App& app, std::vector<std::string>& patterns) {
   app.add_option("ROW", patterns,
-                 "Names of rows, or globs such as 'multiply_*' and '*_vector3_?'; all if none is "
-                 "given");
+                 "Names of rows, or globs such as 'multiply_*' and '*_vector3_?'; all if none")
+      ->each([](const std::string& pattern) { Select({pattern}); })
+      ->type_name("");
 }
 
 void AddPoolOptions(CLI::App& app, PoolOptions& options) {
+  options.folder = WorkersFolder();
   app.add_option("-j,--jobs", options.workers, "Workers side by side")
-      ->check(CLI::Range(1, 256))
+      ->type_name("N")
+      ->check(CLI::Range(1, 256).description(""))
       ->capture_default_str();
   app.add_option("--timeout", options.timeoutSeconds, "Seconds that a row may take")
-      ->check(CLI::Range(0.001, 1e6))
+      ->type_name("S")
+      ->check(CLI::Range(0.001, 1e6).description(""))
       ->capture_default_str();
   app.add_flag("--isolate", options.isolate, "A fresh worker for every row");
   app.add_option_function<std::string>(
          "--launcher", [&options](const std::string& line) { options.launcher = WordsOf(line); },
-         "Put before the worker's command, for instance 'ssh board'; the program must be there "
-         "under the same path")
+         "Words before the worker's command, for instance 'ssh board'")
       ->type_name("CMD");
-  app.add_option("--seed", options.seed,
-                 "Other data: that of the stream after srand(SEED); 1 is the suite's own")
-      ->type_name("SEED")
+  app.add_option("--program", options.program, "This program where the launcher finds it")
+      ->type_name("PATH");
+  app.add_option("--seed", options.seed, "The rows' data; 1 is the suite's own")
+      ->type_name("N")
       ->capture_default_str();
 }
 

@@ -22,7 +22,8 @@ namespace diagnosis {
 ///     app.callback([] { Run(folder); });
 ///   });
 ///
-/// A callback that returns ends the program with 0; EndWith gives it another status.
+/// A callback that returns ends the program with 0; EndWith gives it another status. What can be
+/// refused before a device is looked for belongs into app.parse_complete_callback.
 class Command {
  public:
   Command(const char* name, const char* description, void (*addTo)(CLI::App& app));
@@ -35,10 +36,10 @@ class Command {
 /// The status with which the program ends once the command has returned.
 void EndWith(int status);
 
-/// `ROW...`, names or globs, for Select.
+/// `ROW...`, names or globs, for Select; refuses those that match nothing.
 void AddRows(CLI::App& app, std::vector<std::string>& patterns);
 
-/// -j, --timeout, --isolate, --launcher and --seed, for whatever runs rows.
+/// -j, --timeout, --isolate, --launcher, --program and --seed, for whatever runs rows.
 void AddPoolOptions(CLI::App& app, PoolOptions& options);
 
 /// Writes on standard output. Throws std::runtime_error if it cannot be written.
@@ -49,5 +50,8 @@ std::string ShellWords(const std::vector<std::string>& words);
 
 /// How the program was called, as a line for a shell.
 const std::string& CalledAs();
+
+/// PoolOptions::folder for the caller that there is.
+const std::string& WorkersFolder();
 
 }  // namespace diagnosis

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,7 @@ std::vector<const Command*>& Registered() {
 }
 
 std::string calledAs;
+std::string workersFolder;
 int endStatus = 0;
 
 // Rows without a command in front of them are to be run.
@@ -50,8 +52,12 @@ void Run(std::vector<std::string> arguments) {
   app.get_formatter()->column_width(28);
   std::ranges::sort(Registered(), {},
                     [](const Command* command) { return std::string_view(command->name); });
-  for (const Command* command : Registered())
-    command->addTo(*app.add_subcommand(command->name, command->description));
+  for (const Command* command : Registered()) {
+    CLI::App& added = *app.add_subcommand(command->name, command->description);
+    command->addTo(added);
+    // A command in front of this one wants to know of bad use before it looks for a device.
+    if (std::getenv("TRIAGE_ONLY_CHECK") != nullptr) added.callback([] {});
+  }
 
   arguments = WithCommand(std::move(arguments));
   // The library takes them from the back.
@@ -70,10 +76,15 @@ void Run(std::vector<std::string> arguments) {
 int Main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   if (argc == 2 && arguments.front() == "worker") return WorkerMain();
-  calledAs = ShellWords(std::vector<std::string>(argv, argv + argc));
-  // A command in front of this one knows better how it was called.
-  if (const char* outer = std::getenv("TRIAGE_CALLED_AS")) calledAs = outer;
   try {
+    // ./triage stands in the project's root, from where the layers are named, and so must the
+    // workers.
+    if (const char* folder = std::getenv("TRIAGE_CALLED_FROM")) {
+      workersFolder = std::filesystem::current_path();
+      std::filesystem::current_path(folder);
+    }
+    calledAs = ShellWords(std::vector<std::string>(argv, argv + argc));
+    if (const char* outer = std::getenv("TRIAGE_CALLED_AS")) calledAs = outer;
     Run(arguments);
     return endStatus;
   } catch (const BadUse& refusal) {
@@ -96,6 +107,8 @@ Command::Command(const char* commandName, const char* commandDescription,
 void EndWith(int status) { endStatus = status; }
 
 const std::string& CalledAs() { return calledAs; }
+
+const std::string& WorkersFolder() { return workersFolder; }
 
 }  // namespace diagnosis
 

@@ -34,6 +34,7 @@ constexpr double graceSeconds = 15;
 constexpr std::uint64_t millisecondsToFinish = 10'000;
 constexpr std::uint64_t millisecondsToStop = 1'000;
 constexpr std::uint64_t millisecondsToReadOut = 500;
+constexpr std::uint64_t millisecondsOfTick = 1'000;
 
 // A job that is not over.
 struct Pending {
@@ -65,8 +66,12 @@ class WorkersPool {
 class Worker {
  public:
   Worker(WorkersPool& pool, std::size_t slot, uv_loop_t& loop,
-         const std::vector<std::string>& command, double timeoutSeconds)
-      : pool_(pool), slot_(slot), command_(command.front()), timeoutSeconds_(timeoutSeconds) {
+         const std::vector<std::string>& command, const PoolOptions& options)
+      : pool_(pool),
+        slot_(slot),
+        command_(command.front()),
+        folder_(options.folder),
+        timeoutSeconds_(options.timeoutSeconds) {
     uv_timer_init(&loop, &timer_);
     for (uv_pipe_t* const pipe : {&in_, &out_, &err_}) uv_pipe_init(&loop, pipe, 0);
     timer_.data = in_.data = out_.data = err_.data = process_.data = this;
@@ -140,6 +145,7 @@ class Worker {
     };
     options.file = arguments.front();
     options.args = arguments.data();
+    if (!folder_.empty()) options.cwd = folder_.c_str();
     options.stdio = stdio.data();
     options.stdio_count = static_cast<int>(stdio.size());
     spawnError_ = uv_spawn(&loop, &process_, &options);
@@ -274,6 +280,7 @@ class Worker {
   WorkersPool& pool_;
   std::size_t slot_;
   std::string command_;
+  std::string folder_;
   double timeoutSeconds_;
 
   uv_process_t process_{};
@@ -328,8 +335,19 @@ class Pool final : public WorkersPool {
           i == 0 ? SIGINT : SIGTERM);
       uv_unref(reinterpret_cast<uv_handle_t*>(&signals_[i]));
     }
+    uv_timer_init(&loop_, &ticks_);
+    ticks_.data = this;
+    uv_timer_start(
+        &ticks_,
+        [](uv_timer_t* timer) {
+          auto& pool = *static_cast<Pool*>(timer->data);
+          pool.Tell(pool.listener_.tick);
+        },
+        millisecondsOfTick, millisecondsOfTick);
+    uv_unref(reinterpret_cast<uv_handle_t*>(&ticks_));
     for (std::size_t slot = 0; slot < slots_.size(); ++slot) StartWorker(slot);
     uv_run(&loop_, UV_RUN_DEFAULT);
+    uv_close(reinterpret_cast<uv_handle_t*>(&ticks_), nullptr);
     for (uv_signal_t& signal : signals_) uv_close(reinterpret_cast<uv_handle_t*>(&signal), nullptr);
     uv_run(&loop_, UV_RUN_DEFAULT);
     uv_loop_close(&loop_);
@@ -345,8 +363,7 @@ class Pool final : public WorkersPool {
   };
 
   void StartWorker(std::size_t slot) {
-    slots_[slot].worker =
-        std::make_unique<Worker>(*this, slot, loop_, command_, options_.timeoutSeconds);
+    slots_[slot].worker = std::make_unique<Worker>(*this, slot, loop_, command_, options_);
   }
 
   void CameUp(std::size_t slot, const Device& device) override {
@@ -501,6 +518,7 @@ class Pool final : public WorkersPool {
   std::vector<Slot> slots_;
   uv_loop_t loop_{};
   std::array<uv_signal_t, 2> signals_{};
+  uv_timer_t ticks_{};
   bool sawDevice_ = false;
   std::string stopped_;  // why, if it is
   PoolEnd end_ = PoolEnd::finished;

@@ -27,6 +27,7 @@ struct PoolOptions {
   std::vector<std::string> launcher;  // words before the worker's command
   std::string program;                // the worker's own, as the launcher finds it; empty: this one
   std::uint32_t seed = 1;
+  std::string folder;  // where workers start; empty for the caller's own
 };
 
 /// What is told of a run while it lasts, all on the caller's thread.
@@ -34,6 +35,7 @@ struct PoolListener {
   std::function<void(const Device&)> device;      // once, before the first row
   std::function<void(const Job&)> started;        // before the worker is told to
   std::function<void(const Job&, Record)> ended;  // once for every job, in the order they end
+  std::function<void()> tick;                     // every second, whatever happens
 };
 
 /// How a run of jobs ended.

@@ -91,6 +91,7 @@ void Members(auto& io, Is<Record> auto& record) {
 void Members(auto& io, Is<RunInfo> auto& info) {
   io("version", info.version);
   io("command", info.command);
+  io("options", info.options);
   io("start", info.start);
   io("end", info.end);
   io("host", info.host);
@@ -119,6 +120,10 @@ struct Writer {
       return ToBase64(value);
     } else if constexpr (std::same_as<Value, Kind>) {
       return std::ranges::find(kinds, value, &decltype(kinds)::value_type::first)->second;
+    } else if constexpr (std::same_as<Value, std::map<std::string, std::string>>) {
+      Json members = Json::object();
+      for (const auto& [name, text] : value) members[name] = Written(text);
+      return members;
     } else if constexpr (requires { value.begin(); }) {
       Json list = Json::array();
       for (const auto& entry : value) list.push_back(Written(entry));
@@ -193,6 +198,9 @@ struct Reader {
           kinds, [&json](const auto& candidate) { return json == candidate.second; });
       if (kind == kinds.end()) throw Damage(" is not a kind of end");
       value = kind->first;
+    } else if constexpr (std::same_as<Value, std::map<std::string, std::string>>) {
+      if (!json.is_object()) throw Damage(" is not an object");
+      for (const auto& [name, text] : json.items()) Read(text, value[name]);
     } else if constexpr (requires { value.emplace_back(); }) {
       if (!json.is_array()) throw Damage(" is not a list");
       for (std::size_t i = 0; i < json.size(); ++i) {

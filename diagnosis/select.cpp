@@ -51,8 +51,8 @@ std::size_t RowCalled(std::string_view name) {
   return static_cast<std::size_t>(row - std::begin(rows));
 }
 
-std::map<std::string, std::string, std::less<>> ReadSkips(const std::string& path) {
-  std::map<std::string, std::string, std::less<>> skips;
+Skips ReadSkips(const std::string& path) {
+  Skips skips;
   for (const auto& [place, text] : LinesOf(path)) {
     const std::vector<std::size_t> matching = Matching(text);
     if (matching.empty())

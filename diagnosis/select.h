@@ -15,8 +15,11 @@ std::vector<std::size_t> Select(const std::vector<std::string>& patterns);
 /// The index in `rows` of exactly this name. Throws BadUse if there is none.
 std::size_t RowCalled(std::string_view name);
 
-/// The rows that a list of skips names: a name or glob a line, and behind a `#` a comment. For each
-/// the place in the file. Throws BadUse with file and line.
-std::map<std::string, std::string, std::less<>> ReadSkips(const std::string& path);
+/// Rows that are not to be run, and for each the place in a file that says so.
+using Skips = std::map<std::string, std::string, std::less<>>;
+
+/// A name or glob a line, comments behind a `#`. Throws BadUse, with file and line, for a pattern
+/// that matches no row.
+Skips ReadSkips(const std::string& path);
 
 }  // namespace diagnosis

@@ -80,13 +80,16 @@ bool IsUtf8(std::string_view text) {
 std::string Printable(std::string_view text) { return SpelledOut(text, "\n\t"); }
 
 std::string PrintableLine(std::string_view text, std::size_t most) {
-  std::string line = SpelledOut(text.substr(0, most), "");
-  if (line.size() <= most && text.size() <= most) return line;
   // Not in the middle of a character.
-  std::size_t end = std::min(most, line.size());
-  while (end > 0 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) --end;
-  line.resize(end);
-  return line + "...";
+  const auto cut = [most](std::string_view whole) {
+    if (whole.size() <= most) return whole;
+    std::size_t end = most;
+    while (end > 0 && (static_cast<unsigned char>(whole[end]) & 0xC0) == 0x80) --end;
+    return whole.substr(0, end);
+  };
+  const std::string line = SpelledOut(cut(text), "");
+  if (line.size() <= most && text.size() <= most) return line;
+  return std::string(cut(line)) + "...";
 }
 
 std::string ToBase64(const std::vector<std::uint8_t>& bytes) {

@@ -83,7 +83,8 @@ build_suite() {
   fi
   take_build
   need "${packages[@]}"
-  if ! { is_own build && [[ -e build/build.ninja || -e build/Makefile ]]; }; then configure; fi
+  # A tree from before the program's packages were there does not know it.
+  if ! is_own build || ! grep -qsw "$1" build/build.ninja build/Makefile; then configure; fi
   touch build/.making
   watched cmake --build build --target "$@"
   mv build/.making build/.made

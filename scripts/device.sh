@@ -4,6 +4,7 @@
 simulated_driver=/usr/lib/oclgrind/liboclgrind-rt-icd.so
 
 device=own # or as_gpu, or simulated
+no_device=1 # the status if there is none
 keep_denormals=
 device_options='--simulated | --keep-denormals | --as-gpu'
 
@@ -30,7 +31,7 @@ pick_device() {
   elif [[ $device == own ]]; then
     use_simulated_gpu
   else
-    fail "no installed OpenCL driver has a device"
+    fail "no installed OpenCL driver has a device" "$no_device"
   fi
 }
 
@@ -59,7 +60,7 @@ find_gpu() {
         ;;
     esac
   done
-  [[ -z $asked ]] || fail "no GPU device behind OCL_ICD_VENDORS=$asked"
+  [[ -z $asked ]] || fail "no GPU device behind OCL_ICD_VENDORS=$asked" "$no_device"
   return 1
 }
 

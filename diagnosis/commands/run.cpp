@@ -1,0 +1,310 @@
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "diagnosis/account.h"
+#include "diagnosis/baseline.h"
+#include "diagnosis/command.h"
+#include "diagnosis/end_of_run.h"
+#include "diagnosis/pool.h"
+#include "diagnosis/record.h"
+#include "diagnosis/reporter.h"
+#include "diagnosis/results.h"
+#include "diagnosis/select.h"
+#include "diagnosis/text.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+
+namespace {
+
+struct {
+  std::vector<std::string> patterns;
+  PoolOptions pool;
+  std::string buildOptions;
+  std::uint64_t localSize = 0;
+  std::string skipsFile;
+  Skips skips;
+  std::string baselineFile;
+  Baseline baseline;
+  bool flakesFail = false;
+  std::string folder;
+  bool replace = false;
+  bool ktap = false;
+} options;
+
+std::string Now() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  gmtime_r(&now, &parts);
+  char text[sizeof "2000-01-01T00:00:00Z"];
+  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+  return text;
+}
+
+std::string Host() {
+  utsname name{};
+  uname(&name);
+  return fmt::format("{} {} {}", name.sysname, name.release, name.machine);
+}
+
+RunInfo InfoOf(const std::vector<std::size_t>& selected) {
+  RunInfo info;
+  info.host = Host();
+  info.version = SUITE_VERSION;
+  info.command = CalledAs();
+  info.options = {{"baseline", options.baselineFile},
+                  {"build options", options.buildOptions},
+                  {"isolate", options.pool.isolate ? "yes" : "no"},
+                  {"jobs", std::to_string(options.pool.workers)},
+                  {"launcher", ShellWords(options.pool.launcher)},
+                  {"program", options.pool.program},
+                  {"local size", std::to_string(options.localSize)},
+                  {"seed", std::to_string(options.pool.seed)},
+                  {"skips", options.skipsFile},
+                  {"timeout", fmt::format("{}", options.pool.timeoutSeconds)}};
+  info.start = Now();
+  for (const std::size_t row : selected) info.selected.emplace_back(rows[row].name);
+  return info;
+}
+
+Console StandardOutput() {
+  Console console;
+  console.write = Print;
+  console.clock = [] {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+  };
+  const char* terminal = std::getenv("TERM");
+  const char* noColour = std::getenv("NO_COLOR");
+  console.isTerminal =
+      isatty(STDOUT_FILENO) != 0 && terminal != nullptr && std::string_view(terminal) != "dumb";
+  console.colour = console.isTerminal && (noColour == nullptr || *noColour == '\0');
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+    console.columns = size.ws_col;
+  return console;
+}
+
+/// Something that the run goes on without once it fails, which is said then and shows in the
+/// status.
+class Dispensable {
+ public:
+  template <class Function>
+  void Try(Function function) {
+    if (failed_) return;
+    try {
+      function();
+    } catch (const std::exception& error) {
+      failed_ = true;
+      fmt::print(stderr, "triage: {}\n", PrintableLine(error.what(), 1000));
+    }
+  }
+  bool Failed() const { return failed_; }
+
+ private:
+  bool failed_ = false;
+};
+
+/// A run from the selection to the status. What stands behind it must not move: the pool calls
+/// back.
+class TriageRun {
+ public:
+  TriageRun()
+      : selected_(Select(options.patterns)),
+        info_(InfoOf(selected_)),
+        reporter_(options.ktap ? ReporterInKtap(StandardOutput())
+                               : ReporterForPeople(StandardOutput())) {
+    if (!options.folder.empty()) folder_.emplace(options.folder, options.replace, info_);
+  }
+  TriageRun(const TriageRun&) = delete;
+  TriageRun& operator=(const TriageRun&) = delete;
+
+  int Run() {
+    std::vector<Job> jobs;
+    for (const std::size_t row : selected_) {
+      const auto skip = options.skips.find(rows[row].name);
+      if (skip == options.skips.end()) {
+        jobs.push_back(JobOf(row));
+      } else {
+        Record record;
+        record.row = rows[row].name;
+        record.seed = options.pool.seed;
+        record.ending.reason = fmt::format("{} by {}", skipped, skip->second);
+        Ended(std::move(record));
+      }
+    }
+    const auto ended = [this](const Job&, Record record) { Ended(std::move(record)); };
+    const PoolEnd end =
+        jobs.empty() ? PoolEnd::finished : RunJobs(jobs, options.pool, Listener(ended));
+    if (end == PoolEnd::noDevice) isSilent_ = true;
+    Begin({});
+    if (end == PoolEnd::finished && !again_.empty()) RunAgain();
+    return Finish(end);
+  }
+
+ private:
+  static Job JobOf(std::size_t row) {
+    Job job;
+    job.row = row;
+    job.buildOptions = options.buildOptions;
+    job.localSize = options.localSize;
+    return job;
+  }
+
+  PoolListener Listener(std::function<void(const Job&, Record)> ended) {
+    PoolListener listener;
+    listener.device = [this](const Device& device) { Begin(device); };
+    listener.started = [this](const Job& job) {
+      const std::string row(rows[job.row].name);
+      Write([&row](ResultsFolder& folder) { folder.Started(row); });
+      Report([&row](Reporter& reporter) { reporter.Started(row); });
+    };
+    listener.ended = std::move(ended);
+    listener.tick = [this] { Report([](Reporter& reporter) { reporter.Tick(); }); };
+    return listener;
+  }
+
+  template <class Function>
+  void Write(Function function) {
+    if (folder_) writing_.Try([this, &function] { function(*folder_); });
+  }
+
+  template <class Function>
+  void Report(Function function) {
+    if (hasBegun_ && !isSilent_) reporting_.Try([this, &function] { function(*reporter_); });
+  }
+
+  // Until the device is known, or that there is none, nothing is said.
+  void Begin(const Device& device) {
+    if (std::exchange(hasBegun_, true)) return;
+    info_.device = device;
+    Write([this](ResultsFolder& folder) { folder.SetDevice(info_.device); });
+    Report([this](Reporter& reporter) { reporter.Begin(info_.device, selected_.size()); });
+    for (Record& record : std::exchange(early_, {})) Ended(std::move(record));
+  }
+
+  void Ended(Record record) {
+    if (!hasBegun_) {
+      early_.push_back(std::move(record));
+      return;
+    }
+    const AccountedRow row = AccountOf(record, options.baseline, options.flakesFail);
+    const bool again =
+        !options.baselineFile.empty() && !row.asExpected && row.status != Status::missing;
+    if (again) again_.push_back(RowCalled(row.name));
+    Write([&record, &row](ResultsFolder& folder) { folder.Ended(record, row); });
+    Report([&row, again](Reporter& reporter) { reporter.Ended(row, again); });
+    account_.push_back(row);
+    records_.push_back(std::move(record));
+  }
+
+  void RunAgain() {
+    std::vector<Job> jobs;
+    for (const std::size_t row : again_) {
+      jobs.push_back(JobOf(row));
+      jobs.back().freshWorker = true;
+    }
+    RunJobs(jobs, options.pool, Listener([this](const Job&, Record record) {
+              const auto first = std::ranges::find(records_, record.row, &Record::row);
+              first->again.push_back(std::move(record));
+              AccountedRow& row = account_[static_cast<std::size_t>(first - records_.begin())];
+              row = AccountOf(*first, options.baseline, options.flakesFail);
+              Report([&row](Reporter& reporter) { reporter.Ended(row, false); });
+            }));
+  }
+
+  int Finish(PoolEnd end) {
+    const bool addsUp = AddsUp(account_, info_.selected);
+    std::ranges::sort(account_, {}, [](const AccountedRow& row) { return RowCalled(row.name); });
+    std::ranges::sort(records_, {}, [](const Record& record) { return RowCalled(record.row); });
+    info_.end = Now();
+    Write([this](ResultsFolder& folder) { folder.Finish(records_, account_, info_.end); });
+    if (end == PoolEnd::noDevice) {
+      fmt::print(stderr, "triage: the first OpenCL platform has no GPU device, or there is none\n");
+      return 3;
+    }
+    std::string remarks;
+    Dispensable views;
+    const diagnosis::Run run{info_, std::move(records_)};
+    for (const EndOfRunView view : EndOfRunViews())
+      views.Try([&] { remarks += view(run, options.folder); });
+    Report([this, &remarks](Reporter& reporter) { reporter.End(account_, remarks); });
+    if (!addsUp)
+      fmt::print(stderr, "triage: the ledger does not add up: {} rows selected, {} accounted for\n",
+                 selected_.size(), account_.size());
+    const bool good = addsUp && std::ranges::all_of(account_, &AccountedRow::asExpected) &&
+                      !writing_.Failed() && !reporting_.Failed() && !views.Failed();
+    return good ? 0 : 1;
+  }
+
+  std::vector<std::size_t> selected_;
+  RunInfo info_;
+  std::unique_ptr<Reporter> reporter_;
+  std::optional<ResultsFolder> folder_;
+  Dispensable writing_;
+  Dispensable reporting_;
+
+  bool hasBegun_ = false;
+  bool isSilent_ = false;
+  std::vector<Record> early_;          // ended before the device was known
+  std::vector<Record> records_;        // in the order in which they ended
+  std::vector<AccountedRow> account_;  // of the same
+  std::vector<std::size_t> again_;     // to be run once more
+};
+
+const Command command("run", "Run rows and say what became of each", [](CLI::App& app) {
+  AddRows(app, options.patterns);
+  AddPoolOptions(app, options.pool);
+  app.add_option("--build-options", options.buildOptions,
+                 "For clBuildProgram; the suite gives none")
+      ->type_name("TEXT");
+  app.add_option("--local-size", options.localSize,
+                 "For clEnqueueNDRangeKernel; the suite leaves it to the driver")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber.description(""));
+  app.add_option("--skips", options.skipsFile, "Rows not to be run, a name or glob a line")
+      ->type_name("FILE");
+  app.add_option("--baseline", options.baselineFile, "Expected results, 'test,status' a line")
+      ->type_name("FILE");
+  app.add_flag("--strict-flakes", options.flakesFail, "A flake is a failure");
+  app.add_option("--out", options.folder, "Folder for the results")->type_name("DIR");
+  app.add_flag("--force", options.replace, "Replace results that are there");
+  app.add_flag("--ktap", options.ktap, "KTAP on standard output");
+  app.footer(
+      "With a baseline, what is not as expected is run once more on the same data, and is a flake\n"
+      "if it then ends otherwise. Rows that the baseline does not name are expected to pass.\n"
+      "\n"
+      "The results are results.csv, failures.csv (a baseline for later runs), junit.xml,\n"
+      "records.jsonl and run.json.\n"
+      "\n"
+      "Status: 0 if every row passed, ended as the baseline says, was skipped or is a flake; 1 if\n"
+      "not, also if one passed against the baseline; 2 for bad use; 3 without a GPU device.");
+  app.parse_complete_callback([] {
+    if (!options.skipsFile.empty()) options.skips = ReadSkips(options.skipsFile);
+    if (!options.baselineFile.empty()) options.baseline = ReadBaseline(options.baselineFile);
+    if (!options.folder.empty()) RefuseOldResults(options.folder, options.replace);
+  });
+  app.callback([] { EndWith(TriageRun().Run()); });
+});
+
+}  // namespace
+
+}  // namespace diagnosis

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "diagnosis/ledger.h"
+#include "diagnosis/record.h"
+
+namespace diagnosis {
+
+/// A record whose status by itself is this one, with nothing more in it than that takes.
+Record MadeUp(const std::string& row, Status status);
+
+}  // namespace diagnosis
