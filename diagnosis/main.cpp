@@ -12,6 +12,7 @@
 
 #include "diagnosis/bad_use.h"
 #include "diagnosis/command.h"
+#include "diagnosis/run_now.h"
 #include "diagnosis/text.h"
 #include "diagnosis/worker.h"
 
@@ -90,6 +91,9 @@ int Main(int argc, char** argv) {
   } catch (const BadUse& refusal) {
     fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
     return 2;
+  } catch (const NoDevice& refusal) {
+    fmt::print(stderr, "triage: {}\n", refusal.what());
+    return 3;
   } catch (const std::exception& error) {
     fmt::print(stderr, "triage: {}\n", PrintableLine(error.what(), 1000));
     return 1;

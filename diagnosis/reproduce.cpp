@@ -358,13 +358,12 @@ std::string Seen(const Record& record, const Opinion& opinion, const Chosen& cho
 
 std::string SuspectLines(const Record& record, const Suspects& suspects) {
   std::string lines;
-  const auto named = suspects.byRow.find(record.row);
-  if (named != suspects.byRow.end()) {
-    for (const std::string& name : named->second) {
-      const auto suspect = std::ranges::find(suspects.fewest, name, &Suspect::name);
-      const std::string meaning = suspect == suspects.fewest.end() ? "" : ": " + suspect->meaning;
-      lines += CommentLines(lines.empty() ? "Suspects:" : "", name + meaning);
-    }
+  const auto names = suspects.byRow.find(record.row);
+  const auto meanings = suspects.meaningsByRow.find(record.row);
+  for (std::size_t i = 0; names != suspects.byRow.end() && i < names->second.size(); ++i) {
+    const bool hasMeaning = meanings != suspects.meaningsByRow.end() && i < meanings->second.size();
+    lines += CommentLines(lines.empty() ? "Suspects:" : "",
+                          names->second[i] + (hasMeaning ? ": " + meanings->second[i] : ""));
   }
   return lines.empty() ? CommentLines("Suspects:", "none") : lines;
 }

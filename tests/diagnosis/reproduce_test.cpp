@@ -122,7 +122,7 @@ TEST_F(Reproduce, TakesAnyTextThatADriverGives) {
   record.ending.reason = hostile;
   Suspects suspects;
   suspects.byRow[record.row] = {hostile, "unexplained"};
-  suspects.fewest = {{hostile, hostile + hostile + hostile, {record.row}, {}}};
+  suspects.meaningsByRow[record.row] = {hostile + hostile + hostile};
   CompileWith(compilers_,
               ReproducerOf(record, {hostile, hostile, hostile, hostile, hostile, 0}, suspects));
   EXPECT_NE(Run().output.find("options: " + record.buildOptions + "\n"), std::string::npos);

@@ -1,0 +1,57 @@
+#include "diagnosis/reproduce.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include "diagnosis/command.h"
+#include "diagnosis/run_now.h"
+#include "diagnosis/select.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+
+namespace {
+
+struct {
+  std::string row;
+  std::string folder;
+  std::string file;
+  PoolOptions pool;
+} options;
+
+void WriteReproducer() {
+  const std::size_t row = RowCalled(options.row);
+  const Run run = RunOf({row}, options.folder, options.pool);
+  const auto record = std::ranges::find(run.records, options.row, &Record::row);
+  const std::string text = ReproducerOf(*record, run.info.device, SuspectsOf(run));
+  if (options.file.empty() || options.file == "-") return Print(text);
+  std::ofstream file(options.file, std::ios::binary);
+  file << text << std::flush;
+  if (!file) throw std::runtime_error("cannot write " + options.file + ": " + std::strerror(errno));
+}
+
+const Command command(
+    "reproduce", "Write a C program that shows by itself what was seen in a row",
+    [](CLI::App& app) {
+      app.add_option("ROW", options.row, "Name of a row")->required();
+      app.add_option("-o", options.file, "File to write; standard output if none is given")
+          ->type_name("FILE");
+      app.add_option("--from", options.folder,
+                     "Folder that a run was written into; without it, the row is run now")
+          ->type_name("DIR");
+      AddPoolOptions(app, options.pool);
+      app.footer(
+          "The program needs CL/cl.h and -lOpenCL, and ends with 0 if the device is right, 1 if "
+          "not,\n2 if a call fails.");
+      app.parse_complete_callback([] { RowCalled(options.row); });
+      app.callback(WriteReproducer);
+    });
+
+}  // namespace
+
+}  // namespace diagnosis

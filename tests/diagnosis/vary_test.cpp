@@ -1,0 +1,107 @@
+// The table of variations, on made-up records.
+
+#include "diagnosis/vary.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "diagnosis/row.h"
+#include "diagnosis/select.h"
+
+namespace diagnosis {
+namespace {
+
+constexpr std::string_view rowName = "copy_union_scalar_1";
+
+/// A row of zeros with one repetition.
+Record Right() {
+  const Row row = *RowNamed(rowName);
+  Record record;
+  record.row = rowName;
+  record.ending = {Ending::Kind::returned, 1, ""};
+  const Bytes zeros(row.stride * elementsOfRow);
+  record.repetitions = {{zeros, {}, true, zeros, "RUN 1: PASSED\n"}};
+  return record;
+}
+
+Record Wrong() {
+  Record record = Right();
+  record.repetitions.front().result[3] = 0x40;
+  record.repetitions.front().result[35] = 0x40;
+  record.out = "  c:0 ocl:2\nRUN 1: FAILED!\n";
+  record.ending.value = 0;
+  return record;
+}
+
+Record Refused() {
+  Record record = Right();
+  record.repetitions.front().result.clear();
+  record.failedCalls = {{"clEnqueueNDRangeKernel", -54, 1}};
+  return record;
+}
+
+std::string TableWith(const std::function<Record(const Job&)>& ended) {
+  const std::vector<Job> jobs = VariationsOf(RowCalled(rowName));
+  Run run;
+  for (const Job& job : jobs) run.records.push_back(ended(job));
+  return TableOfVariations(jobs, run);
+}
+
+TEST(Vary, RunsEachVariationInAWorkerOfItsOwnWithOneThingOtherwise) {
+  std::set<std::string> different;
+  for (const Job& job : VariationsOf(3)) {
+    EXPECT_EQ(job.row, 3U);
+    EXPECT_TRUE(job.freshWorker);
+    EXPECT_LE((job.buildOptions.empty() ? 0 : 1) + (job.localSize != 0 ? 1 : 0) +
+                  (job.passes != 1 ? 1 : 0),
+              1);
+    different.insert(job.buildOptions + '/' + std::to_string(job.localSize) + '/' +
+                     std::to_string(job.passes));
+  }
+  EXPECT_EQ(different, (std::set<std::string>{"/0/1", "-cl-opt-disable/0/1",
+                                              "-cl-denorms-are-zero/0/1", "-cl-std=CL1.2/0/1",
+                                              "-cl-mad-enable/0/1", "-cl-fast-relaxed-math/0/1",
+                                              "/1/1", "/2/1", "/64/1", "/256/1", "/0/2"}));
+}
+
+TEST(Vary, SaysWhetherItGoesAway) {
+  EXPECT_EQ(TableWith([](const Job& job) {
+              return job.buildOptions == "-cl-opt-disable" || job.localSize == 1 ? Right()
+                                                                                 : Wrong();
+            }),
+            "                          status      opinion  wrong lanes\n"
+            "copy_union_scalar_1\n"
+            "  as it is                Fail        wrong    2 of 10\n"
+            "  -cl-opt-disable         Pass        right    0 of 10\n"
+            "  -cl-denorms-are-zero    Fail        wrong    2 of 10\n"
+            "  -cl-std=CL1.2           Fail        wrong    2 of 10\n"
+            "  -cl-mad-enable          Fail        wrong    2 of 10\n"
+            "  -cl-fast-relaxed-math   Fail        wrong    2 of 10\n"
+            "  local size 1            Pass        right    0 of 10\n"
+            "  local size 2            Fail        wrong    2 of 10\n"
+            "  local size 64           Fail        wrong    2 of 10\n"
+            "  local size 256          Fail        wrong    2 of 10\n"
+            "  a second time           Fail        wrong    2 of 10\n"
+            "  goes away with: -cl-opt-disable, local size 1\n");
+
+  const std::string refused =
+      TableWith([](const Job& job) { return job.localSize == 256 ? Refused() : Right(); });
+  EXPECT_NE(refused.find("  local size 256          Error       unseen                 "
+                         "clEnqueueNDRangeKernel(-54) in repetition 1\n"),
+            std::string::npos)
+      << refused;
+  EXPECT_TRUE(refused.ends_with("\n  goes wrong with: local size 256\n")) << refused;
+
+  EXPECT_TRUE(
+      TableWith([](const Job&) { return Wrong(); }).ends_with("\n  stays in all of them\n"));
+  EXPECT_TRUE(
+      TableWith([](const Job&) { return Right(); }).ends_with("\n  right in all of them\n"));
+}
+
+}  // namespace
+}  // namespace diagnosis
