@@ -15,6 +15,4 @@ class TestCase_add_union_arrays_3 : public AddCase<Arrays<cl_short>> {
   }
 };
 
-int RunTest_add_union_arrays_3() {
-  return RunTest<TestCase_add_union_arrays_3>(Cumulative(10));
-}
+int RunTest_add_union_arrays_3() { return RunTest<TestCase_add_union_arrays_3>(Cumulative(10)); }

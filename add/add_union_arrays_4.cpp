@@ -15,6 +15,4 @@ class TestCase_add_union_arrays_4 : public AddCase<Arrays<cl_ushort>> {
   }
 };
 
-int RunTest_add_union_arrays_4() {
-  return RunTest<TestCase_add_union_arrays_4>(Cumulative(10));
-}
+int RunTest_add_union_arrays_4() { return RunTest<TestCase_add_union_arrays_4>(Cumulative(10)); }

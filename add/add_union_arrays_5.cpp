@@ -15,6 +15,4 @@ class TestCase_add_union_arrays_5 : public AddCase<Arrays<cl_char>> {
   }
 };
 
-int RunTest_add_union_arrays_5() {
-  return RunTest<TestCase_add_union_arrays_5>(Cumulative(10));
-}
+int RunTest_add_union_arrays_5() { return RunTest<TestCase_add_union_arrays_5>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_arrays_6 : public AddCase<Arrays<cl_uchar>> {
   }
 };
 
-int RunTest_add_union_arrays_6() {
-  return RunTest<TestCase_add_union_arrays_6>(Cumulative(10));
-}
+int RunTest_add_union_arrays_6() { return RunTest<TestCase_add_union_arrays_6>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_scalar_1 : public AddCase<Scalar<cl_int>> {
   }
 };
 
-int RunTest_add_union_scalar_1() {
-  return RunTest<TestCase_add_union_scalar_1>(Cumulative(10));
-}
+int RunTest_add_union_scalar_1() { return RunTest<TestCase_add_union_scalar_1>(Cumulative(10)); }

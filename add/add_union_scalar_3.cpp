@@ -15,6 +15,4 @@ class TestCase_add_union_scalar_3 : public AddCase<Scalar<cl_short>> {
   }
 };
 
-int RunTest_add_union_scalar_3() {
-  return RunTest<TestCase_add_union_scalar_3>(Cumulative(10));
-}
+int RunTest_add_union_scalar_3() { return RunTest<TestCase_add_union_scalar_3>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_vector2_1 : public AddCase<Vector2<cl_int>> {
   }
 };
 
-int RunTest_add_union_vector2_1() {
-  return RunTest<TestCase_add_union_vector2_1>(Cumulative(10));
-}
+int RunTest_add_union_vector2_1() { return RunTest<TestCase_add_union_vector2_1>(Cumulative(10)); }

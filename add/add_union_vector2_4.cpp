@@ -15,6 +15,4 @@ class TestCase_add_union_vector2_4 : public AddCase<Vector2<cl_ushort>> {
   }
 };
 
-int RunTest_add_union_vector2_4() {
-  return RunTest<TestCase_add_union_vector2_4>(Cumulative(10));
-}
+int RunTest_add_union_vector2_4() { return RunTest<TestCase_add_union_vector2_4>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_vector2_5 : public AddCase<Vector2<cl_char>> {
   }
 };
 
-int RunTest_add_union_vector2_5() {
-  return RunTest<TestCase_add_union_vector2_5>(Cumulative(10));
-}
+int RunTest_add_union_vector2_5() { return RunTest<TestCase_add_union_vector2_5>(Cumulative(10)); }

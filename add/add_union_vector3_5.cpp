@@ -15,6 +15,4 @@ class TestCase_add_union_vector3_5 : public AddCase<Vector3<cl_char>> {
   }
 };
 
-int RunTest_add_union_vector3_5() {
-  return RunTest<TestCase_add_union_vector3_5>(Cumulative(10));
-}
+int RunTest_add_union_vector3_5() { return RunTest<TestCase_add_union_vector3_5>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_vector4_3 : public AddCase<Vector4<cl_short>> {
   }
 };
 
-int RunTest_add_union_vector4_3() {
-  return RunTest<TestCase_add_union_vector4_3>(Cumulative(10));
-}
+int RunTest_add_union_vector4_3() { return RunTest<TestCase_add_union_vector4_3>(Cumulative(10)); }

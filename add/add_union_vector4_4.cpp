@@ -15,6 +15,4 @@ class TestCase_add_union_vector4_4 : public AddCase<Vector4<cl_ushort>> {
   }
 };
 
-int RunTest_add_union_vector4_4() {
-  return RunTest<TestCase_add_union_vector4_4>(Cumulative(10));
-}
+int RunTest_add_union_vector4_4() { return RunTest<TestCase_add_union_vector4_4>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_vector4_5 : public AddCase<Vector4<cl_char>> {
   }
 };
 
-int RunTest_add_union_vector4_5() {
-  return RunTest<TestCase_add_union_vector4_5>(Cumulative(10));
-}
+int RunTest_add_union_vector4_5() { return RunTest<TestCase_add_union_vector4_5>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_vector4_6 : public AddCase<Vector4<cl_uchar>> {
   }
 };
 
-int RunTest_add_union_vector4_6() {
-  return RunTest<TestCase_add_union_vector4_6>(Cumulative(10));
-}
+int RunTest_add_union_vector4_6() { return RunTest<TestCase_add_union_vector4_6>(Cumulative(10)); }

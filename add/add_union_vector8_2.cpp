@@ -15,6 +15,4 @@ class TestCase_add_union_vector8_2 : public AddCase<Vector8<cl_uint>> {
   }
 };
 
-int RunTest_add_union_vector8_2() {
-  return RunTest<TestCase_add_union_vector8_2>(Cumulative(10));
-}
+int RunTest_add_union_vector8_2() { return RunTest<TestCase_add_union_vector8_2>(Cumulative(10)); }

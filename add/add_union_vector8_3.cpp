@@ -15,6 +15,4 @@ class TestCase_add_union_vector8_3 : public AddCase<Vector8<cl_short>> {
   }
 };
 
-int RunTest_add_union_vector8_3() {
-  return RunTest<TestCase_add_union_vector8_3>(Cumulative(10));
-}
+int RunTest_add_union_vector8_3() { return RunTest<TestCase_add_union_vector8_3>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_add_union_vector8_6 : public AddCase<Vector8<cl_uchar>> {
   }
 };
 
-int RunTest_add_union_vector8_6() {
-  return RunTest<TestCase_add_union_vector8_6>(Cumulative(10));
-}
+int RunTest_add_union_vector8_6() { return RunTest<TestCase_add_union_vector8_6>(Cumulative(10)); }

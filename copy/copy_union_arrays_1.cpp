@@ -15,6 +15,4 @@ class TestCase_copy_union_arrays_1 : public CopyCase<Arrays<cl_int>> {
   }
 };
 
-int RunTest_copy_union_arrays_1() {
-  return RunTest<TestCase_copy_union_arrays_1>(Cumulative(10));
-}
+int RunTest_copy_union_arrays_1() { return RunTest<TestCase_copy_union_arrays_1>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_copy_union_arrays_2 : public CopyCase<Arrays<cl_uint>> {
   }
 };
 
-int RunTest_copy_union_arrays_2() {
-  return RunTest<TestCase_copy_union_arrays_2>(Cumulative(10));
-}
+int RunTest_copy_union_arrays_2() { return RunTest<TestCase_copy_union_arrays_2>(Cumulative(10)); }

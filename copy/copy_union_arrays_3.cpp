@@ -15,6 +15,4 @@ class TestCase_copy_union_arrays_3 : public CopyCase<Arrays<cl_short>> {
   }
 };
 
-int RunTest_copy_union_arrays_3() {
-  return RunTest<TestCase_copy_union_arrays_3>(Cumulative(10));
-}
+int RunTest_copy_union_arrays_3() { return RunTest<TestCase_copy_union_arrays_3>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_copy_union_arrays_4 : public CopyCase<Arrays<cl_ushort>> {
   }
 };
 
-int RunTest_copy_union_arrays_4() {
-  return RunTest<TestCase_copy_union_arrays_4>(Cumulative(10));
-}
+int RunTest_copy_union_arrays_4() { return RunTest<TestCase_copy_union_arrays_4>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_copy_union_arrays_5 : public CopyCase<Arrays<cl_char>> {
   }
 };
 
-int RunTest_copy_union_arrays_5() {
-  return RunTest<TestCase_copy_union_arrays_5>(Cumulative(10));
-}
+int RunTest_copy_union_arrays_5() { return RunTest<TestCase_copy_union_arrays_5>(Cumulative(10)); }

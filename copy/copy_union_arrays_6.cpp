@@ -15,6 +15,4 @@ class TestCase_copy_union_arrays_6 : public CopyCase<Arrays<cl_uchar>> {
   }
 };
 
-int RunTest_copy_union_arrays_6() {
-  return RunTest<TestCase_copy_union_arrays_6>(Cumulative(10));
-}
+int RunTest_copy_union_arrays_6() { return RunTest<TestCase_copy_union_arrays_6>(Cumulative(10)); }

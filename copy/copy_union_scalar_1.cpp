@@ -15,6 +15,4 @@ class TestCase_copy_union_scalar_1 : public CopyCase<Scalar<cl_int>> {
   }
 };
 
-int RunTest_copy_union_scalar_1() {
-  return RunTest<TestCase_copy_union_scalar_1>(OneRun(10));
-}
+int RunTest_copy_union_scalar_1() { return RunTest<TestCase_copy_union_scalar_1>(OneRun(10)); }

@@ -15,6 +15,4 @@ class TestCase_copy_union_scalar_2 : public CopyCase<Scalar<cl_uint>> {
   }
 };
 
-int RunTest_copy_union_scalar_2() {
-  return RunTest<TestCase_copy_union_scalar_2>(Cumulative(10));
-}
+int RunTest_copy_union_scalar_2() { return RunTest<TestCase_copy_union_scalar_2>(Cumulative(10)); }

@@ -15,6 +15,4 @@ class TestCase_copy_union_scalar_3 : public CopyCase<Scalar<cl_short>> {
   }
 };
 
-int RunTest_copy_union_scalar_3() {
-  return RunTest<TestCase_copy_union_scalar_3>(OneRun(10));
-}
+int RunTest_copy_union_scalar_3() { return RunTest<TestCase_copy_union_scalar_3>(OneRun(10)); }

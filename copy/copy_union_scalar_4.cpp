@@ -15,6 +15,4 @@ class TestCase_copy_union_scalar_4 : public CopyCase<Scalar<cl_ushort>> {
   }
 };
 
-int RunTest_copy_union_scalar_4() {
-  return RunTest<TestCase_copy_union_scalar_4>(OneRun(10));
-}
+int RunTest_copy_union_scalar_4() { return RunTest<TestCase_copy_union_scalar_4>(OneRun(10)); }

@@ -15,6 +15,4 @@ class TestCase_copy_union_scalar_5 : public CopyCase<Scalar<cl_char>> {
   }
 };
 
-int RunTest_copy_union_scalar_5() {
-  return RunTest<TestCase_copy_union_scalar_5>(OneRun(10));
-}
+int RunTest_copy_union_scalar_5() { return RunTest<TestCase_copy_union_scalar_5>(OneRun(10)); }

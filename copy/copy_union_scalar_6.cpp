@@ -15,6 +15,4 @@ class TestCase_copy_union_scalar_6 : public CopyCase<Scalar<cl_uchar>> {
   }
 };
 
-int RunTest_copy_union_scalar_6() {
-  return RunTest<TestCase_copy_union_scalar_6>(OneRun(10));
-}
+int RunTest_copy_union_scalar_6() { return RunTest<TestCase_copy_union_scalar_6>(OneRun(10)); }
