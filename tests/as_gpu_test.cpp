@@ -83,6 +83,11 @@ TEST_F(AsGpu, PresentsOtherDevicesWhereThereIsNoGpu) {
       {"all", {cpu}, CL_DEVICE_TYPE_ALL, 1, {gpu}},
       {"the default", {cpu | isDefault, accelerator}, isDefault, 1, {gpu | isDefault, gpu}},
       {"no processors are left", {cpu, accelerator}, cpu | accelerator, 0, {gpu, gpu}},
+      {"but the default is",
+       {cpu, accelerator | isDefault},
+       cpu | isDefault,
+       1,
+       {gpu, gpu | isDefault}},
       {"what is neither stays", {CL_DEVICE_TYPE_CUSTOM}, gpu, 0, {CL_DEVICE_TYPE_CUSTOM}},
       {"a GPU of its own", {cpu, gpu}, gpu, 1, {cpu, gpu}},
       {"the processor beside it", {cpu, gpu}, cpu, 1, {cpu, gpu}},
@@ -108,8 +113,10 @@ TEST_F(AsGpu, PresentsOtherDevicesWhereThereIsNoGpu) {
                 CL_SUCCESS);
       EXPECT_EQ(type, types[i]);
       EXPECT_EQ(size, sizeof type);
+      type = cpu;
       EXPECT_EQ(calls->clGetDeviceInfo(device, CL_DEVICE_TYPE, sizeof type - 1, &type, nullptr),
                 CL_INVALID_VALUE);
+      EXPECT_EQ(type, cpu);
       EXPECT_EQ(calls->clGetDeviceInfo(device, CL_DEVICE_TYPE, 0, nullptr, &size), CL_SUCCESS);
     }
   }
@@ -124,7 +131,8 @@ TEST_F(AsGpu, LooksForAContextsGpusOnItsPlatform) {
     return CL_DEVICE_NOT_FOUND;
   };
   layer::below = &noDevices;
-  const cl_context_properties properties[] = {CL_CONTEXT_INTEROP_USER_SYNC, 1, CL_CONTEXT_PLATFORM,
+  const cl_context_properties properties[] = {CL_CONTEXT_INTEROP_USER_SYNC, CL_FALSE,
+                                              CL_CONTEXT_PLATFORM,
                                               reinterpret_cast<cl_context_properties>(platform), 0};
   layer::hooks.clCreateContextFromType(properties, gpu, nullptr, nullptr, nullptr);
   EXPECT_EQ(asked, platform);
