@@ -1,7 +1,6 @@
 // An OpenCL layer that breaks a device's compiler: it edits the kernel texts on their way to the
 // driver, so that the device does what it would if its compiler had the fault that BROKEN_COMPILER
-// names. BROKEN_COMPILER=help lists the faults on standard output and ends the process; with any
-// other name that is no fault's, one line on standard error does.
+// names. A name that is no fault's ends the process with one line on standard error.
 
 #include <cstdio>
 #include <cstdlib>
@@ -41,13 +40,6 @@ cl_program CL_API_CALL CreateProgramWithSource(cl_context context, cl_uint count
   return layer::below->clCreateProgramWithSource(context, 1, &pointer, &length, error);
 }
 
-[[noreturn]] void ListFaults() {
-  for (const Fault& fault : faults)
-    std::printf("%-24s%s\n", std::string(fault.name).c_str(), std::string(fault.meaning).c_str());
-  std::fflush(stdout);
-  std::_Exit(0);
-}
-
 }  // namespace
 
 const char* const layer::name = "broken compiler";
@@ -56,11 +48,9 @@ constinit const cl_icd_dispatch layer::hooks = Hooks();
 void layer::Start() {
   const char* variable = std::getenv("BROKEN_COMPILER");
   const std::string wanted = variable == nullptr ? "" : variable;
-  if (wanted == "help") ListFaults();
   for (const Fault& fault : faults)
     if (fault.name == wanted) broken = &fault;
   if (broken != nullptr) return;
-  std::fprintf(stderr, "broken_compiler: no fault is called '%s'; 'help' lists them\n",
-               wanted.c_str());
+  std::fprintf(stderr, "broken_compiler: no fault is called '%s'\n", wanted.c_str());
   std::_Exit(2);
 }

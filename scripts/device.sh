@@ -80,6 +80,22 @@ use_simulated_gpu() {
   say "on the simulated GPU, denormals $([[ -n $keep_denormals ]] && echo kept || echo flushed)"
 }
 
+# break_compiler FAULT: gives the chosen device, the simulated GPU if none is, a compiler with that fault.
+# "help" lists the faults and ends the command.
+break_compiler() {
+  local name meaning
+  if [[ $1 == help ]]; then
+    build/layers/list_faults
+    exit
+  fi
+  while read -r name meaning && [[ $name != "$1" ]]; do :; done < <(build/layers/list_faults)
+  [[ -n $meaning ]] || fail "no fault is called '$1' ('--broken help' lists them)" 2
+  say "a compiler with a fault: $meaning"
+  [[ $device != own ]] || device=simulated
+  export BROKEN_COMPILER=$1
+  stand_before broken_compiler
+}
+
 # stand_before LAYER: puts one of the project's layers before the driver. Layers that the caller has named
 # stay in place, nearer to the program. The path is relative because the loader splits at each colon.
 stand_before() {
