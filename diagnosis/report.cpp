@@ -20,7 +20,6 @@ namespace {
 // Half a megabyte is enough for all that is on the page beside the rows' sections.
 constexpr std::size_t mostBytesOfRows = mostBytesOfPage - (std::size_t{1} << 19);
 constexpr std::size_t mostBytesOfText = 8 << 10;
-constexpr std::size_t mostBytesOfCommand = 1000;
 
 enum LookIndex : std::size_t {
   passedRight,
@@ -124,26 +123,28 @@ std::string OpinionSentence(const std::vector<Outcome>& outcomes) {
   const std::size_t right = CountOf(outcomes, passedRight);
   const std::size_t judged = right + CountOf(outcomes, failedRight) +
                              CountOf(outcomes, passedWrong) + CountOf(outcomes, failedWrong);
-  if (judged == 0) return "Nothing came back that could be held against OpenCL\xE2\x80\x99s rules.";
-  if (right == judged)
-    return "By OpenCL\xE2\x80\x99s rules, too, every lane that came back is right.";
+  if (judged == 0) return "Nothing came back that could be held against OpenCL\u2019s rules.";
+  if (right == judged) return "By OpenCL\u2019s rules, too, every lane that came back is right.";
 
-  std::vector<std::string> parts;
-  if (const std::size_t count = CountOf(outcomes, failedWrong); count > 0)
-    parts.push_back(fmt::format("{} failed and {} wrong, a fault of the device", count,
-                                count == 1 ? "is" : "are"));
-  if (const std::size_t count = CountOf(outcomes, passedWrong); count > 0)
-    parts.push_back(
-        fmt::format("{} passed but {} wrong, a fault that the suite\xE2\x80\x99s rule "
-                    "hides",
-                    count, count == 1 ? "is" : "are"));
-  if (const std::size_t count = CountOf(outcomes, failedRight); count > 0)
-    parts.push_back(
-        fmt::format("{} failed but {} right, where the suite asks more than OpenCL "
-                    "does",
-                    count, count == 1 ? "is" : "are"));
-  std::string text = "By OpenCL\xE2\x80\x99s rules ";
-  for (std::size_t i = 0; i < parts.size(); ++i) text += (i > 0 ? "; " : "") + parts[i];
+  struct Part {
+    std::size_t look;
+    const char* text;
+    const char* meaning;
+  };
+  constexpr Part parts[] = {
+      {failedWrong, "that failed {} wrong", "a fault of the device"},
+      {passedWrong, "that passed {} wrong", "a fault that the suite\u2019s rule hides"},
+      {failedRight, "that failed {} right", "where the suite asks more than OpenCL does"},
+  };
+  std::string text;
+  for (const Part& part : parts) {
+    const std::size_t count = CountOf(outcomes, part.look);
+    if (count == 0) continue;
+    text += text.empty() ? "By OpenCL\u2019s rules " : "; ";
+    text +=
+        fmt::format("{} {}, {}", count,
+                    fmt::format(fmt::runtime(part.text), count == 1 ? "is" : "are"), part.meaning);
+  }
   return text + ".";
 }
 

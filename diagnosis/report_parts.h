@@ -19,6 +19,9 @@ namespace diagnosis {
 /// The style sheet: report.css.
 extern const char* const styleSheet;
 
+/// A longer command is cut.
+inline constexpr std::size_t mostBytesOfCommand = 1000;
+
 /// One way in which a row may end, as it looks everywhere on the page.
 struct Look {
   const char* style;  // class

@@ -1,7 +1,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
 
+#include "diagnosis/command.h"
 #include "diagnosis/report_parts.h"
 #include "diagnosis/reproduce.h"
 #include "diagnosis/text.h"
@@ -32,28 +37,48 @@ void AddSuspectsOf(pugi::xml_node article, const Record& record, const Suspects&
     Add(article, "p", "No suspect explains it.");
     return;
   }
-  Add(article, "p",
-      names.size() == 1 ? "Explained by"
-                        : "Explained by any of these, which its data can\u2019t tell apart:");
+  if (names.size() > 1)
+    Add(article, "p",
+        "Explained by each of these, which the row\u2019s data can\u2019t tell apart:");
   const auto meanings = suspects.meaningsByRow.find(record.row);
-  const pugi::xml_node list = AddClassed(article, "dl", "suspected");
+  const pugi::xml_node list =
+      names.size() > 1 ? AddClassed(article, "ul", "suspected") : pugi::xml_node();
   for (std::size_t i = 0; i < names.size(); ++i) {
+    const pugi::xml_node line = list ? Add(list, "li") : Add(article, "p", "Explained by ");
     const bool listed =
         std::ranges::find(suspects.fewest, names[i], &Suspect::name) != suspects.fewest.end();
-    const pugi::xml_node term = Add(list, "dt");
-    Add(listed ? AddLink(term, IdOfSuspect(names[i])) : term, "code", names[i]);
-    const bool hasMeaning = meanings != suspects.meaningsByRow.end() && i < meanings->second.size();
-    Add(list, "dd", hasMeaning ? meanings->second[i] : "");
+    Add(listed ? AddLink(line, IdOfSuspect(names[i])) : line, "code", names[i]);
+    if (meanings != suspects.meaningsByRow.end() && i < meanings->second.size())
+      AddText(line, fmt::format(": {}", meanings->second[i]));
   }
 }
 
-std::string CommandOf(const Record& record) {
-  std::string command = fmt::format("./triage {}", record.row);
-  if (record.seed != 1) command += fmt::format(" --seed {}", record.seed);
+// The words with which ./triage was told which device to take.
+std::vector<std::string> DeviceWordsOf(const std::string& command) {
+  std::vector<std::string> words;
+  std::istringstream in(command);
+  for (std::string word; in >> word;) {
+    if (word == "--simulated" || word == "--keep-denormals" || word == "--as-gpu") {
+      words.push_back(word);
+    } else if (word == "--broken") {
+      words.push_back(word);
+      if (in >> word) words.push_back(word);
+    }
+  }
+  return words;
+}
+
+// What runs the row alone, as it was run here.
+std::string CommandOf(const Record& record, const RunInfo& info) {
+  std::vector<std::string> words = {"./triage"};
+  std::ranges::move(DeviceWordsOf(info.command), std::back_inserter(words));
+  words.push_back(record.row);
+  if (record.seed != 1) words.insert(words.end(), {"--seed", std::to_string(record.seed)});
   if (!record.buildOptions.empty())
-    command += fmt::format(" --build-options '{}'", PrintableLine(record.buildOptions));
-  if (record.localSize != 0) command += fmt::format(" --local-size {}", record.localSize);
-  return command;
+    words.insert(words.end(), {"--build-options", record.buildOptions});
+  if (record.localSize != 0)
+    words.insert(words.end(), {"--local-size", std::to_string(record.localSize)});
+  return PrintableLine(ShellWords(words), mostBytesOfCommand);
 }
 
 // What is only looked at when the rest was not enough, folded, the shortest first.
@@ -94,8 +119,9 @@ void AddHeadline(pugi::xml_node article, const Outcome& outcome) {
   Add(article, "p", SummaryOf(outcome) + ".");
 }
 
-pugi::xml_node AddRow(pugi::xml_node section, const Outcome& outcome, const Device& device,
+pugi::xml_node AddRow(pugi::xml_node section, const Outcome& outcome, const RunInfo& info,
                       const Suspects& suspects) {
+  const Device& device = info.device;
   const Record& record = *outcome.record;
   const pugi::xml_node article = AddClassed(section, "article", LookOf(outcome).style);
   AddHeadline(article, outcome);
@@ -104,7 +130,8 @@ pugi::xml_node AddRow(pugi::xml_node section, const Outcome& outcome, const Devi
       Add(Add(article, "p", "The suite says "), "code", detail);
   }
   AddSuspectsOf(article, record, suspects);
-  Add(Add(article, "p", "Alone: "), "code", CommandOf(record));
+  AddExplanation(article, record, device, suspects);
+  Add(Add(article, "p", "Alone: "), "code", CommandOf(record, info));
   AddFoldedParts(article, record, device, suspects);
   return article;
 }
@@ -118,8 +145,8 @@ void AddSuspects(pugi::xml_node section, const Suspects& suspects) {
   }
   AddClassed(
       section, "p", "lead",
-      "The fewest that explain all wrong rows: each predicts every lane of its rows, the wrong "
-      "ones and the right ones.");
+      "The fewest that explain these rows: each predicts every lane of its rows, the wrong ones "
+      "and the right ones.");
   for (const Suspect& suspect : suspects.fewest) {
     const pugi::xml_node article =
         Set(AddClassed(section, "article", "suspect"), "id", IdOfSuspect(suspect.name));
@@ -152,7 +179,7 @@ void AddRows(pugi::xml_node section, const Run& run, const std::vector<Outcome>&
   std::size_t left = mostBytes - std::min(mostBytes, count * mostBytesOfHeadline);
   for (const Outcome& outcome : outcomes) {
     if (!HasSection(outcome)) continue;
-    pugi::xml_node article = AddRow(section, outcome, run.info.device, suspects);
+    pugi::xml_node article = AddRow(section, outcome, run.info, suspects);
     std::size_t size = SizeOf(article);
     if (size > left) {
       while (const pugi::xml_node folded = article.child("details")) article.remove_child(folded);

@@ -67,8 +67,10 @@ TEST(Report, SaysWhatARunComesTo) {
        "The one row passed. By OpenCL\u2019s rules, too, every lane that came back is right."},
       {{RowOf(copy, false, 1), RowOf(copy, true, 1), RowOf(copy, true, 1), RowOf(copy, false, 0)},
        "now",
-       "2 of 4 rows passed: 2 failed. By OpenCL\u2019s rules 1 failed and is wrong, a fault of the "
-       "device; 2 passed but are wrong, a fault that the suite\u2019s rule hides; 1 failed but is "
+       "2 of 4 rows passed: 2 failed. By OpenCL\u2019s rules 1 that failed is wrong, a fault of "
+       "the "
+       "device; 2 that passed are wrong, a fault that the suite\u2019s rule hides; 1 that failed "
+       "is "
        "right, where the suite asks more than OpenCL does."},
       {{crashed},
        "",
