@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
-#include <string_view>
 
 #include "diagnosis/select.h"
 
@@ -62,23 +61,6 @@ void Print(const std::string& text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
     throw std::runtime_error("cannot write on standard output: " +
                              std::string(std::strerror(errno)));
-}
-
-std::string ShellWords(const std::vector<std::string>& words) {
-  constexpr std::string_view plain =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-+=/.,:@%";
-  std::string line;
-  for (const std::string& word : words) {
-    if (!line.empty()) line += ' ';
-    if (!word.empty() && word.find_first_not_of(plain) == std::string::npos) {
-      line += word;
-      continue;
-    }
-    line += '\'';
-    for (const char c : word) line += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    line += '\'';
-  }
-  return line;
 }
 
 }  // namespace diagnosis

@@ -45,9 +45,6 @@ void AddPoolOptions(CLI::App& app, PoolOptions& options);
 /// Writes on standard output. Throws std::runtime_error if it cannot be written.
 void Print(const std::string& text);
 
-/// The words as a shell takes them again.
-std::string ShellWords(const std::vector<std::string>& words);
-
 /// How the program was called, as a line for a shell.
 const std::string& CalledAs();
 

@@ -296,6 +296,14 @@ std::string CapabilitiesOf(const Device& device) {
   return text;
 }
 
+std::string OptionsOf(const RunInfo& info) {
+  std::string text;
+  for (const auto& [name, value] : info.options) {
+    if (!value.empty()) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, value);
+  }
+  return PrintableLine(text, mostBytesOfCommand);
+}
+
 void AddFacts(pugi::xml_node parent, const RunInfo& info) {
   const std::pair<const char*, std::string> facts[] = {
       {"Platform", PrintableLine(info.device.platform)},
@@ -308,6 +316,7 @@ void AddFacts(pugi::xml_node parent, const RunInfo& info) {
       {"Started", PrintableLine(info.start)},
       {"Ended", info.end.empty() ? "cut off" : PrintableLine(info.end)},
       {"Command", PrintableLine(info.command, mostBytesOfCommand)},
+      {"Options", OptionsOf(info)},
   };
   const pugi::xml_node list = AddClassed(parent, "dl", "facts");
   for (const auto& [name, value] : facts) {
@@ -344,6 +353,11 @@ std::string ReportOf(const std::vector<NamedRun>& runs) {
     AddComparison(header, main, contents, runs);
   }
   return HtmlOf(page);
+}
+
+std::string WriteReportOf(const Run& run, const std::string& folder) {
+  if (!folder.empty()) WriteReport(folder + "/report.html", ReportOf({{folder, run}}));
+  return "";
 }
 
 void WriteReport(const std::string& file, const std::string& page) {

@@ -97,6 +97,7 @@ void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
       {"Suite", [](const RunInfo& info) { return info.version; }},
       {"Started", [](const RunInfo& info) { return info.start; }},
       {"Command", [](const RunInfo& info) { return info.command; }},
+      {"Options", OptionsOf},
   };
   for (const Fact& fact : facts) {
     const pugi::xml_node line = Add(body, "tr");

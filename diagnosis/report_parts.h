@@ -89,6 +89,9 @@ void AddFacts(pugi::xml_node parent, const RunInfo& info);
 /// The names of what the device says that its floats can do: "denormals, infinities and NaNs, ..."
 std::string CapabilitiesOf(const Device& device);
 
+/// The run's options that were given a value: "jobs 1, seed 1, ..."
+std::string OptionsOf(const RunInfo& info);
+
 /// The page of several runs, from its verdict on.
 void AddComparison(pugi::xml_node header, pugi::xml_node main, pugi::xml_node contents,
                    const std::vector<NamedRun>& runs);

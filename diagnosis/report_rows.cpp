@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/command.h"
 #include "diagnosis/report_parts.h"
 #include "diagnosis/reproduce.h"
 #include "diagnosis/text.h"

@@ -92,6 +92,23 @@ std::string PrintableLine(std::string_view text, std::size_t most) {
   return std::string(cut(line)) + "...";
 }
 
+std::string ShellWords(const std::vector<std::string>& words) {
+  constexpr std::string_view plain =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-+=/.,:@%";
+  std::string line;
+  for (const std::string& word : words) {
+    if (!line.empty()) line += ' ';
+    if (!word.empty() && word.find_first_not_of(plain) == std::string::npos) {
+      line += word;
+      continue;
+    }
+    line += '\'';
+    for (const char c : word) line += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    line += '\'';
+  }
+  return line;
+}
+
 std::string ToBase64(const std::vector<std::uint8_t>& bytes) {
   std::string text;
   text.reserve((bytes.size() + 2) / 3 * 4);

@@ -25,6 +25,9 @@ std::string Printable(std::string_view text);
 /// and what is longer than `most` bytes is cut and ends in "...".
 std::string PrintableLine(std::string_view text, std::size_t most = 200);
 
+/// The words as a shell takes them again.
+std::string ShellWords(const std::vector<std::string>& words);
+
 std::string ToBase64(const std::vector<std::uint8_t>& bytes);
 
 /// Nothing unless the text is base64 as ToBase64 writes it.
