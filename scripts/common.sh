@@ -32,6 +32,9 @@ usage() {
 # The Debian packages that the build needs.
 packages=(g++ cmake ninja-build ocl-icd-opencl-dev opencl-c-headers opencl-clhpp-headers)
 
+# What ./triage needs beside those.
+triage_packages=(libcli11-dev libfmt-dev libpugixml-dev libuv1-dev nlohmann-json3-dev)
+
 # Debian packages that were needed and could not be looked for, for want of dpkg.
 unknown=()
 
