@@ -61,9 +61,20 @@ cl_int CL_API_CALL GetDeviceIDs(cl_platform_id, cl_device_type, cl_uint wanted,
 
 cl_int CL_API_CALL GetDeviceInfo(cl_device_id, cl_device_info name, size_t size, void* value,
                                  size_t* returned) {
-  if (name != CL_DEVICE_SINGLE_FP_CONFIG) return CL_INVALID_VALUE;
+  const auto* const platform = AnyHandle<cl_platform_id>();
   const cl_device_fp_config config = CL_FP_ROUND_TO_NEAREST | CL_FP_DENORM;
-  return Answer(&config, sizeof config, size, value, returned);
+  const std::string_view text = "null";
+  switch (name) {
+    case CL_DEVICE_PLATFORM:
+      return Answer(&platform, sizeof platform, size, value, returned);
+    case CL_DEVICE_SINGLE_FP_CONFIG:
+      return Answer(&config, sizeof config, size, value, returned);
+    case CL_DEVICE_NAME:
+    case CL_DRIVER_VERSION:
+      return Answer(text.data(), text.size() + 1, size, value, returned);
+    default:
+      return CL_INVALID_VALUE;
+  }
 }
 
 cl_int CL_API_CALL GetContextInfo(cl_context, cl_context_info name, size_t size, void* value,
