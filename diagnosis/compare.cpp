@@ -12,6 +12,7 @@
 
 #include "diagnosis/account.h"
 #include "diagnosis/bad_use.h"
+#include "diagnosis/row.h"
 #include "diagnosis/text.h"
 #include "harness/rows.h"
 
@@ -23,15 +24,29 @@ bool IsWrong(Standing standing) {
   return standing == Standing::passedWrong || standing == Standing::failedWrong;
 }
 
-// The repetitions that both came to. Where the seeds differ and one came to none, nothing says that
-// the data would have been the same.
+// The bytes that the row stores. What else is in a union was there before, and is another every
+// time.
+bool HaveOtherStores(const Bytes& first, const Bytes& second, const Row& row) {
+  const std::size_t stored =
+      static_cast<std::size_t>(row.lanes) * std::max(row.width, sizeof(float));
+  const std::size_t size = std::min(first.size(), second.size());
+  for (std::size_t at = 0; at + stored <= size; at += row.stride) {
+    if (!std::equal(&first[at], &first[at] + stored, &second[at])) return true;
+  }
+  return false;
+}
+
+// As far as both came. Where the seeds differ and one came to no repetition, nothing says that the
+// data would have been the same.
 bool OnOtherData(const Record& before, const Record& after) {
+  const std::optional<Row> row = RowNamed(before.row);
   const std::size_t common = std::min(before.repetitions.size(), after.repetitions.size());
-  for (std::size_t i = 0; i < common; ++i) {
+  for (std::size_t i = 0; row && i < common; ++i) {
     const Repetition& first = before.repetitions[i];
     const Repetition& second = after.repetitions[i];
-    if (first.inputA.size() == second.inputA.size() && first.inputA != second.inputA) return true;
-    if (first.inputB.size() == second.inputB.size() && first.inputB != second.inputB) return true;
+    if (HaveOtherStores(first.inputA, second.inputA, *row) ||
+        HaveOtherStores(first.inputB, second.inputB, *row))
+      return true;
   }
   return common == 0 && before.seed != after.seed;
 }

@@ -48,7 +48,7 @@ enum class Change {
   same,
   otherwise,  // differs, yet stands the same: other lanes, another distance, another detail
   oneOnly,    // run in one of the two only
-  otherData,  // the device got other bytes, so that neither outcome tells of the other; a failing
+  otherData,  // the row stored other bytes, so that neither outcome tells of the other; a failing
               // build, which no data reaches, is compared all the same
   better,
   worse,

@@ -80,7 +80,8 @@ std::string SentenceOf(const std::vector<NamedRun>& runs, const std::vector<Comp
 // What is to be said of each run, side by side.
 void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
                   const std::vector<ComparedRow>& rows) {
-  const pugi::xml_node table = AddClassed(AddScrolled(section, "The runs"), "table", "runs");
+  const pugi::xml_node table =
+      AddClassed(AddScrolled(section, "The runs"), "table", "runs overview");
   AddHead(table, "The runs side by side", "Run", runs);
   const pugi::xml_node body = Add(table, "tbody");
   struct Fact {

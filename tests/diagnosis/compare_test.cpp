@@ -95,24 +95,38 @@ TEST(Compare, TellsADifferenceThatIsNeitherBetterNorWorse) {
 }
 
 TEST(Compare, SetsOutcomesOnOtherDataApart) {
-  const auto with = [](const Came& came, std::uint32_t seed, std::vector<Bytes> inputs) {
+  // Ten unions of 32 bytes, of which the row stores the first sixteen.
+  const auto unions = [](std::size_t at, std::uint8_t byte) {
+    Bytes bytes(320);
+    bytes[at] = byte;
+    return bytes;
+  };
+  const auto with = [](const Came& came, std::uint32_t seed, const std::vector<Bytes>& inputs) {
     Held held = Holding(came);
     held.record.seed = seed;
-    for (Bytes& input : inputs) held.record.repetitions.emplace_back().inputB = std::move(input);
+    for (const Bytes& input : inputs) held.record.repetitions.emplace_back().inputB = input;
     return held;
   };
+  const Bytes one = unions(0, 1);
+  const Bytes other = unions(0, 2);
   const Came passed{Status::pass, right};
   const Came failed{Status::fail, wrong, 1, 3};
   const Came unbuilt{Status::buildError};
   const Came crashed{Status::crash};
   // As far as both came, the bytes decide; where neither shows any, the seed.
-  EXPECT_EQ(Between(with(passed, 1, {{1}, {2}}), with(failed, 1, {{1}})), Change::worse);
-  EXPECT_EQ(Between(with(passed, 1, {{1}, {2}}), with(failed, 1, {{1}, {3}})), Change::otherData);
-  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(passed, 2, {{1}})), Change::same);
-  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(crashed, 1, {})), Change::worse);
-  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(crashed, 2, {})), Change::otherData);
+  EXPECT_EQ(Between(with(passed, 1, {one, other}), with(failed, 1, {one})), Change::worse);
+  EXPECT_EQ(Between(with(passed, 1, {one, one}), with(failed, 1, {one, other})), Change::otherData);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(passed, 2, {one})), Change::same);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(crashed, 1, {})), Change::worse);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(crashed, 2, {})), Change::otherData);
   // No data reaches a build.
-  EXPECT_EQ(Between(with(passed, 1, {{1}}), with(unbuilt, 2, {})), Change::worse);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(unbuilt, 2, {})), Change::worse);
+  // The last byte that is stored, and the first one that is not.
+  const Bytes none = unions(0, 0);
+  EXPECT_EQ(Between(with(passed, 1, {none}), with(failed, 1, {unions(9 * 32 + 15, 1)})),
+            Change::otherData);
+  EXPECT_EQ(Between(with(passed, 1, {none}), with(failed, 1, {unions(9 * 32 + 16, 1)})),
+            Change::worse);
 }
 
 // A record of a row that passed, as far as a status goes.
