@@ -1,6 +1,8 @@
 // An OpenCL layer that presents a platform's processors and accelerators as GPUs, so that their
 // drivers can be tested too. A platform that has a GPU of its own is left as it is.
 
+#include <bit>
+
 #include "layers/layer.h"
 
 namespace {
@@ -55,7 +57,7 @@ cl_context CL_API_CALL CreateContextFromType(const cl_context_properties* proper
   // Without the property, the platform is the loader's choice, as it is for a null platform.
   cl_platform_id platform = nullptr;
   for (const auto* property = properties; property != nullptr && *property != 0; property += 2)
-    if (*property == CL_CONTEXT_PLATFORM) platform = reinterpret_cast<cl_platform_id>(property[1]);
+    if (*property == CL_CONTEXT_PLATFORM) platform = std::bit_cast<cl_platform_id>(property[1]);
   return layer::below->clCreateContextFromType(
       properties, HasGpu(platform) ? type : TypeBelow(type), notify, userData, error);
 }

@@ -106,7 +106,7 @@ TEST_F(AsGpu, PresentsOtherDevicesWhereThereIsNoGpu) {
     EXPECT_EQ(count, found);
 
     for (std::size_t i = 0; i < types.size(); ++i) {
-      const auto device = reinterpret_cast<cl_device_id>(&devices[i]);
+      auto* const device = reinterpret_cast<cl_device_id>(&devices[i]);
       cl_device_type type = 0;
       std::size_t size = 0;
       EXPECT_EQ(calls->clGetDeviceInfo(device, CL_DEVICE_TYPE, sizeof type, &type, &size),
