@@ -29,10 +29,6 @@ bool IsFlake(const Record& record) {
 
 std::string_view OperationOf(std::string_view row) { return row.substr(0, row.find('_')); }
 
-std::string Plural(std::size_t count) {
-  return fmt::format("{} row{}", count, count == 1 ? "" : "s");
-}
-
 std::string SlowestOf(std::vector<AccountedRow> account) {
   constexpr std::size_t shown = 5;
   std::erase_if(account, [](const AccountedRow& row) { return row.seconds <= 0; });
@@ -46,19 +42,18 @@ std::string SlowestOf(std::vector<AccountedRow> account) {
 
 std::string SentenceOf(const Counts& total, std::size_t asExpected, std::size_t rows) {
   const auto count = [&total](Status status) { return total[static_cast<std::size_t>(status)]; };
-  std::string text;
-  if (count(Status::pass) == rows) {
-    text = rows == 1 ? "The row passed." : fmt::format("All {} rows passed.", rows);
-  } else if (asExpected == rows) {
-    text = rows == 1 ? "The row ended as expected."
-                     : fmt::format("All {} rows ended as expected.", rows);
-  } else {
-    // Without other expectations than that rows pass.
-    const bool plain = asExpected == count(Status::pass) + count(Status::skip);
-    text = fmt::format("{} of {} did not {}.", rows - asExpected, Plural(rows),
-                       plain ? "pass" : "end as expected");
+  const std::string all = rows == 1 ? "The row" : fmt::format("All {} rows", rows);
+  if (count(Status::pass) == rows) return all + " passed.\n";
+  if (asExpected == rows) {
+    const std::size_t flakes = count(Status::flake);
+    if (flakes == 0) return all + " ended as expected.\n";
+    return fmt::format("{} ended as expected, but for {} flake{}.\n", all, flakes,
+                       flakes == 1 ? "" : "s");
   }
-  return text + "\n";
+  // Without other expectations than that rows pass.
+  const bool plain = asExpected == count(Status::pass) + count(Status::skip);
+  return fmt::format("{} of {} row{} did not {}.\n", rows - asExpected, rows, rows == 1 ? "" : "s",
+                     plain ? "pass" : "end as expected");
 }
 
 }  // namespace

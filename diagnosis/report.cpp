@@ -356,7 +356,12 @@ std::string ReportOf(const std::vector<NamedRun>& runs) {
 }
 
 std::string WriteReportOf(const Run& run, const std::string& folder) {
-  if (!folder.empty()) WriteReport(folder + "/report.html", ReportOf({{folder, run}}));
+  if (folder.empty()) return "";
+  // One copy of all the records, where a list in braces would take two.
+  std::vector<NamedRun> runs(1);
+  runs.front().name = folder;
+  runs.front().run = run;
+  WriteReport(folder + "/report.html", ReportOf(runs));
   return "";
 }
 

@@ -39,7 +39,7 @@ std::vector<std::size_t> Select(const std::vector<std::string>& patterns) {
     selected.insert(selected.end(), matching.begin(), matching.end());
   }
   std::ranges::sort(selected);
-  selected.erase(std::ranges::unique(selected).begin(), selected.end());
+  selected.erase(std::unique(selected.begin(), selected.end()), selected.end());
   return selected;
 }
 

@@ -87,7 +87,7 @@ std::string PrintableLine(std::string_view text, std::size_t most) {
     while (end > 0 && (static_cast<unsigned char>(whole[end]) & 0xC0) == 0x80) --end;
     return whole.substr(0, end);
   };
-  const std::string line = SpelledOut(cut(text), "");
+  std::string line = SpelledOut(cut(text), "");
   if (line.size() <= most && text.size() <= most) return line;
   return std::string(cut(line)) + "...";
 }

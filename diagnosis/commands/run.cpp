@@ -244,8 +244,9 @@ class TriageRun {
     std::string remarks;
     Dispensable views;
     const diagnosis::Run run{info_, std::move(records_)};
+    const std::string folder = writing_.Failed() ? "" : options.folder;
     for (const EndOfRunView view : EndOfRunViews())
-      views.Try([&] { remarks += view(run, options.folder); });
+      views.Try([&] { remarks += view(run, folder); });
     Report([this, &remarks](Reporter& reporter) { reporter.End(account_, remarks); });
     if (!addsUp)
       fmt::print(stderr, "triage: the ledger does not add up: {} rows selected, {} accounted for\n",
