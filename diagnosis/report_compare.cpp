@@ -137,10 +137,9 @@ void AddComparison(pugi::xml_node header, pugi::xml_node main, pugi::xml_node co
     const pugi::xml_node section = AddSection(main, contents, group.id, group.title);
     AddClassed(section, "p", "lead",
                fmt::format("{}. {}", Counted(members.size(), "row"), group.meaning));
+    const auto differs = [](const ComparedRow* row) { return !CameToTheSame(*row); };
     const auto same = group.change == Change::otherData
-                          ? std::ranges::stable_partition(
-                                members, [](const auto* row) { return !CameToTheSame(*row); })
-                                .begin()
+                          ? std::stable_partition(members.begin(), members.end(), differs)
                           : members.end();
     if (same != members.begin()) AddTable(section, group.title, runs, {members.begin(), same});
     if (same != members.end()) {

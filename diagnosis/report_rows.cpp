@@ -43,7 +43,8 @@ void AddSuspectsOf(pugi::xml_node article, const Record& record, const Suspects&
   const pugi::xml_node list =
       names.size() > 1 ? AddClassed(article, "ul", "suspected") : pugi::xml_node();
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const pugi::xml_node line = names.size() > 1 ? Add(list, "li") : Add(article, "p", "Explained by ");
+    const pugi::xml_node line =
+        names.size() > 1 ? Add(list, "li") : Add(article, "p", "Explained by ");
     const bool listed =
         std::ranges::find(suspects.fewest, names[i], &Suspect::name) != suspects.fewest.end();
     Add(listed ? AddLink(line, IdOfSuspect(names[i])) : line, "code", names[i]);
