@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -335,8 +336,9 @@ cl_int clEnqueueWriteBuffer(cl_command_queue queue, cl_mem buffer, cl_bool block
   machine->hostEnds.push_back(source);
   Object& lazy = At(queue, Kind::queue);
   if (code == CL_SUCCESS) {
-    lazy.pending.emplace_back(
-        [&target, offset, size, source] { std::memcpy(&target.bytes[offset], source, size); });
+    lazy.pending.emplace_back([&target, offset, size, source] {
+      std::copy_n(static_cast<const std::byte*>(source), size, target.bytes.data() + offset);
+    });
   }
   return code;
 }
@@ -379,7 +381,7 @@ cl_int clEnqueueReadBuffer(cl_command_queue queue, cl_mem buffer, cl_bool blocki
   if (code != CL_SUCCESS) return code;
   for (const auto& command : lazy.pending) command();
   lazy.pending.clear();
-  std::memcpy(destination, &origin.bytes[offset], size);
+  std::copy_n(origin.bytes.data() + offset, size, static_cast<std::byte*>(destination));
   return code;
 }
 
