@@ -285,7 +285,7 @@ Suspects SuspectsOf(const Run& run) {
       questions.push_back(std::move(question));
     } else if (KindOf(record, opinion) == Kind::failedRight && KeepsDenormals(data)) {
       constexpr char meaning[] = "Denormals are kept, where the row expects them flushed.";
-      question.candidates.push_back({"denormals-kept", meaning, meaning, 0, 0});
+      question.candidates.push_back({denormalsKept, meaning, meaning, 0, 0});
       questions.push_back(std::move(question));
     }
   }

@@ -11,6 +11,9 @@ namespace diagnosis {
 /// The suspect of a row that nothing explains.
 inline constexpr char unexplained[] = "unexplained";
 
+/// The suspect of a row that failed though it is right, because the device keeps denormals.
+inline constexpr char denormalsKept[] = "denormals-kept";
+
 /// What a device may do wrong with unions, and the rows that it explains.
 struct Suspect {
   std::string name;     // "b-at-32", "lanes-reversed", ...; two at once are "negated+b-at-32"
