@@ -1,0 +1,60 @@
+#include "diagnosis/explain.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "diagnosis/command.h"
+#include "diagnosis/run_now.h"
+#include "diagnosis/select.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+
+namespace {
+
+struct {
+  std::vector<std::string> patterns;
+  std::string folder;
+  bool allLanes = false;
+  PoolOptions pool;
+} options;
+
+void ExplainRows() {
+  const std::vector<std::size_t> selected = Select(options.patterns);
+  const bool named = !options.patterns.empty();
+  const bool fromFolder = !options.folder.empty();
+  const Run run = RunOf(named || !fromFolder ? selected : std::vector<std::size_t>(),
+                        options.folder, options.pool);
+  const Suspects suspects = SuspectsOf(run);
+  const std::size_t mostOthers = options.allLanes ? std::numeric_limits<std::size_t>::max() : 40;
+  std::string text;
+  for (const std::size_t row : selected) {
+    const auto record = std::ranges::find(run.records, rows[row].name, &Record::row);
+    if (record == run.records.end()) continue;
+    const Explanation explanation = Explain(*record, run.info.device, suspects);
+    if (!named && explanation.kind == Kind::passedRight) continue;
+    if (!text.empty()) text += '\n';
+    text += TextOf(explanation, mostOthers);
+  }
+  if (text.empty()) text = "All rows passed and are right.\n";
+  Print(text);
+}
+
+const Command command("explain", "Say how wrong answers came about", [](CLI::App& app) {
+  AddRows(app, options.patterns);
+  app.add_option("--from", options.folder,
+                 "Folder that a run was written into; without it, the rows are run now")
+      ->type_name("DIR");
+  app.add_flag("--all", options.allLanes, "Every wrong lane, not the first ones of a row");
+  AddPoolOptions(app, options.pool);
+  app.footer("Without a row, every row that is not passed and right is explained.");
+  app.parse_complete_callback([] { Select(options.patterns); });
+  app.callback(ExplainRows);
+});
+
+}  // namespace
+
+}  // namespace diagnosis
