@@ -1,11 +1,15 @@
 #include "diagnosis/end_of_run.h"
 
+#include "diagnosis/opinion_of_run.h"
 #include "diagnosis/report.h"
 
 namespace diagnosis {
 
 const std::vector<EndOfRunView>& EndOfRunViews() {
-  static const std::vector<EndOfRunView> views = {WriteReportOf};
+  static const std::vector<EndOfRunView> views = {
+      [](const Run& run, const std::string&) { return OpinionOnRun(run); },
+      WriteReportOf,
+  };
   return views;
 }
 

@@ -23,6 +23,7 @@
 #include "diagnosis/baseline.h"
 #include "diagnosis/command.h"
 #include "diagnosis/end_of_run.h"
+#include "diagnosis/opinion_of_run.h"
 #include "diagnosis/pool.h"
 #include "diagnosis/record.h"
 #include "diagnosis/reporter.h"
@@ -45,6 +46,7 @@ struct {
   std::string baselineFile;
   Baseline baseline;
   bool flakesFail = false;
+  bool strict = false;
   std::string folder;
   bool replace = false;
   bool ktap = false;
@@ -251,8 +253,14 @@ class TriageRun {
     if (!addsUp)
       fmt::print(stderr, "triage: the ledger does not add up: {} rows selected, {} accounted for\n",
                  selected_.size(), account_.size());
-    const bool good = addsUp && std::ranges::all_of(account_, &AccountedRow::asExpected) &&
-                      !writing_.Failed() && !reporting_.Failed() && !views.Failed();
+    const auto isGood = [&run](const AccountedRow& row) {
+      if (!options.strict) return row.asExpected;
+      const auto record = std::ranges::find(run.records, row.name, &Record::row);
+      const Kind kind = KindOf(*record, OpinionOf(*record, run.info.device));
+      return IsGoodByOpinion(kind, row.asExpected);
+    };
+    const bool good = addsUp && std::ranges::all_of(account_, isGood) && !writing_.Failed() &&
+                      !reporting_.Failed() && !views.Failed();
     return good ? 0 : 1;
   }
 
@@ -285,6 +293,9 @@ const Command command("run", "Run rows and say what became of each", [](CLI::App
       ->type_name("FILE");
   app.add_option("--baseline", options.baselineFile, "Expected results, 'test,status' a line")
       ->type_name("FILE");
+  app.add_flag("--strict", options.strict,
+               "The second opinion counts: a row that passed is a failure if it is wrong by "
+               "OpenCL's rules, and one that failed is none if it is right");
   app.add_flag("--strict-flakes", options.flakesFail, "A flake is a failure");
   app.add_option("--out", options.folder, "Folder for the results")->type_name("DIR");
   app.add_flag("--force", options.replace, "Replace results that are there");
