@@ -27,7 +27,7 @@ auto Parts(Fault& fault) {
       std::tie(fault.result.offset, fault.result.stride, fault.result.step, fault.resultWidth,
                fault.conversion, fault.conversionRounding, fault.arithmeticRounding,
                fault.denormalOperands, fault.denormalResults, fault.formula, fault.change,
-               fault.ulps, fault.repetitionsBefore, fault.lanes, fault.elements,
+               fault.amount, fault.repetitionsBefore, fault.lanes, fault.elements,
                fault.unwrittenElements, fault.unwrittenLanes));
 }
 
@@ -137,6 +137,16 @@ float Convert(const Operand& operand, Conversion conversion, Rounding rounding) 
       return ThroughHalf(Converted(x, rounding));
     case Conversion::saturatedToInt:
       return Converted(std::clamp<std::int64_t>(x, INT32_MIN, INT32_MAX), rounding);
+    case Conversion::saturatedToShort:
+      return Converted(std::clamp<std::int64_t>(x, INT16_MIN, INT16_MAX), rounding);
+    case Conversion::saturatedToUshort:
+      return Converted(std::clamp<std::int64_t>(x, 0, UINT16_MAX), rounding);
+    case Conversion::saturatedToChar:
+      return Converted(std::clamp<std::int64_t>(x, INT8_MIN, INT8_MAX), rounding);
+    case Conversion::saturatedToUchar:
+      return Converted(std::clamp<std::int64_t>(x, 0, UINT8_MAX), rounding);
+    case Conversion::leftOut:
+      return std::bit_cast<float>(static_cast<std::uint32_t>(x));
     case Conversion::positive:
       return Converted(std::abs(x), rounding);
   }
@@ -144,9 +154,9 @@ float Convert(const Operand& operand, Conversion conversion, Rounding rounding) 
 }
 
 /// A sum or product of integers, of 32 bits and as wide as it takes, converted.
-RightAnswers InIntegers(Operation operation, std::int64_t a, float b, const FloatMode& mode) {
-  const auto truncated = static_cast<std::int64_t>(b);
-  const std::int64_t wide = operation == Operation::add ? a + truncated : a * truncated;
+RightAnswers InIntegers(Operation operation, std::int64_t a, std::int64_t b,
+                        const FloatMode& mode) {
+  const std::int64_t wide = operation == Operation::add ? a + b : a * b;
   RightAnswers answers;
   answers.Add(Converted(wide, mode.conversion));
   answers.Add(Converted(static_cast<std::int32_t>(wide), mode.conversion));
@@ -156,17 +166,36 @@ RightAnswers InIntegers(Operation operation, std::int64_t a, float b, const Floa
 
 bool FitsInteger(float x) { return std::fabs(x) < 0x1p32F; }
 
-/// The bits that an integer in the place of `x` may have: where it does not fit, OpenCL leaves them
-/// open, and hardware knows a few ways.
-void AddIntegers(Prediction& prediction, float x, bool isSigned, bool rounded) {
+/// The bits of the integer in the place of `x`.
+std::uint32_t IntegerBits(float x, Manner manner, bool rounded) {
   const double value = rounded ? std::nearbyint(static_cast<double>(x)) : std::trunc(x);
-  if (!std::isnan(x) && std::fabs(x) < 0x1p62F)
-    prediction.AddBits(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
-  const bool fits = isSigned ? value >= -0x1p31 && value < 0x1p31 : value >= 0 && value < 0x1p32;
-  if (fits) return;
-  if (value < 0 && !isSigned) return prediction.AddBits(0);
-  for (const std::uint32_t bits : {0U, 0x80000000U, 0x7FFFFFFFU, 0xFFFFFFFFU})
-    prediction.AddBits(bits);
+  const bool isInt = value >= -0x1p31 && value < 0x1p31;
+  const bool isUint = value >= 0 && value < 0x1p32;
+  const bool isLong = std::fabs(value) < 0x1p63;
+  const std::uint32_t bits =
+      isLong ? static_cast<std::uint32_t>(static_cast<std::int64_t>(value)) : 0;
+  switch (manner) {
+    case Manner::intNearest:
+      return isInt ? bits : std::isnan(x) ? 0 : value < 0 ? 0x80000000 : 0x7FFFFFFF;
+    case Manner::intLowest:
+      return isInt ? bits : 0x80000000;
+    case Manner::uintNearest:
+      return isUint ? bits : value > 0 ? 0xFFFFFFFF : 0;
+    case Manner::uintHighest:
+      return isUint ? bits : 0xFFFFFFFF;
+    case Manner::lowBitsOfLong:
+      return bits;
+  }
+  return bits;
+}
+
+/// `x` without its `count` lowest bits, or rounded so that they are not needed.
+float WithoutLowBits(float x, std::int64_t count, bool rounded) {
+  if (!std::isfinite(x)) return x;
+  auto bits = std::bit_cast<std::uint32_t>(x);
+  const std::uint32_t low = (1U << count) - 1;
+  if (rounded) bits += (low >> 1) + (bits >> count & 1U);
+  return std::bit_cast<float>(bits & ~low);
 }
 
 /// All answers, each as `change` makes it.
@@ -211,6 +240,11 @@ RightAnswers Apply(Change change, std::int64_t ulps, const RightAnswers& answers
     case Change::throughHalf:
       return Each(answers, [](RightAnswers& changed, const RightAnswer& answer) {
         changed.Add(ThroughHalf(answer.value));
+      });
+    case Change::bitsLost:
+    case Change::bitsRounded:
+      return Each(answers, [&](RightAnswers& changed, const RightAnswer& answer) {
+        changed.Add(WithoutLowBits(answer.value, ulps, change == Change::bitsRounded));
       });
     case Change::largestForInfinite: {
       RightAnswers changed = Each(answers, [](RightAnswers& some, const RightAnswer& answer) {
@@ -263,10 +297,14 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
   if (!operandA) return {};
   const float a = Convert(*operandA, fault.conversion, mode.conversion);
   float b = 0;
+  std::int64_t integerB = 0;
   if (row.twoInputs) {
     const auto operandB = Read(data, fault.b, false, source, item, sourceLane);
     if (!operandB) return {};
     b = Convert(*operandB, Conversion::own, mode.conversion);
+    integerB = operandB->isInteger ? operandB->integer
+               : FitsInteger(b)    ? static_cast<std::int64_t>(b)
+                                   : 0;
   }
   int exponent = ExponentOf(row, item, sourceLane);
 
@@ -295,7 +333,7 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
       break;
     case Formula::inIntegers:
       if (!operandA->isInteger || !FitsInteger(b)) return {};
-      answers = InIntegers(operation, operandA->integer, b, mode);
+      answers = InIntegers(operation, operandA->integer, integerB, mode);
       computed = true;
       break;
     case Formula::byLogarithm:
@@ -312,11 +350,11 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
     if (anyNan) answers.AddAnyNan();
   }
 
-  Prediction prediction(Apply(fault.change, fault.ulps, answers));
+  Prediction prediction(Apply(fault.change, fault.amount, answers));
   switch (fault.change) {
     case Change::bits:
       prediction.ForgetFloats();
-      prediction.AddBits(static_cast<std::uint32_t>(fault.ulps));
+      prediction.AddBits(static_cast<std::uint32_t>(fault.amount));
       break;
     case Change::reversed:
       prediction.Reverse();
@@ -324,20 +362,20 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
     case Change::integerTruncated:
     case Change::integerRounded:
       prediction.ForgetFloats();
-      if (answers.HaveAnyNan()) {
-        AddIntegers(prediction, std::nanf(""), row.isSigned, false);
-      }
       for (const RightAnswer& answer : answers.Floats()) {
         if (answer.last - answer.first > widestSpan) return {};
         for (std::int64_t place = answer.first; place <= answer.last; ++place) {
-          AddIntegers(prediction, FloatAt(place), row.isSigned,
-                      fault.change == Change::integerRounded);
+          prediction.AddBits(IntegerBits(FloatAt(place), static_cast<Manner>(fault.amount),
+                                         fault.change == Change::integerRounded));
         }
+      }
+      if (answers.HaveAnyNan()) {
+        prediction.AddBits(IntegerBits(std::nanf(""), static_cast<Manner>(fault.amount), false));
       }
       break;
     case Change::integerComputed: {
       if (!operandA->isInteger || row.operation == Operation::power || !FitsInteger(b)) return {};
-      const auto other = static_cast<std::int64_t>(b);
+      const std::int64_t other = integerB;
       const std::int64_t x = operandA->integer;
       prediction.ForgetFloats();
       prediction.AddBits(static_cast<std::uint32_t>(operation == Operation::add        ? x + other
@@ -425,6 +463,7 @@ class Trial {
     }
     const std::vector<Writer> writers = WritersOf(at);
     const std::vector<Writer> writersOfLast = WritersOf(at + sizeOfFloat - 1);
+    if (writers.size() > 1 || writersOfLast.size() > 1) byChance_ = true;
     bool isWhole = false;
     for (const Writer& writer : writers) {
       // One that stores the whole lane.
@@ -460,7 +499,7 @@ class Trial {
   }
 
   /// Whether the bytes are what stood there. Where nobody knows what that was, it was one and the
-  /// same everywhere unless it was so by chance.
+  /// same byte everywhere unless it was so by chance.
   bool Keeps(std::size_t repetition, std::size_t at, std::size_t size) {
     const RowData::Seen& seen = data_.repetitions[repetition];
     const auto first = seen.result.begin() + static_cast<std::ptrdiff_t>(at);
@@ -473,8 +512,9 @@ class Trial {
     if (size != sizeOfFloat) return true;
     std::uint32_t word = 0;
     std::memcpy(&word, &*first, sizeof word);
+    const std::uint32_t repeated = (word & 0xFFU) * 0x01010101U;
     if (!fresh_) fresh_ = word;
-    if (word != *fresh_) byChance_ = true;
+    if (word != *fresh_ || word != repeated) byChance_ = true;
     return word == *fresh_ || !isOnly;
   }
 

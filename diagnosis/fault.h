@@ -55,7 +55,12 @@ enum class Conversion {
   low24BitsOfMagnitude,
   throughHalf,  // by way of a float of 16 bits
   saturatedToInt,
+  saturatedToShort,
+  saturatedToUshort,
+  saturatedToChar,
+  saturatedToUchar,
   positive,  // its magnitude
+  leftOut,   // its bits are taken for a float's
 };
 
 enum class Formula {
@@ -70,20 +75,22 @@ enum class Formula {
   exponentOfLane,  // lane in place of element, element in place of lane
 };
 
-/// What becomes of an answer before it is stored.
+/// What becomes of an answer before it is stored. Some know an amount.
 enum class Change {
   none,
   negated,
   magnitude,
   zeroOfEitherSign,
-  integerTruncated,    // the bits of an integer
+  integerTruncated,    // the bits of an integer; the amount is a Manner
   integerRounded,      // to the nearest
   integerComputed,     // of the operands as integers
   reversed,            // its bytes
   throughHalf,         // by way of a float of 16 bits
   largestForInfinite,  // and a number for what is not one
-  bits,                // those of `ulps`, whatever the answer
-  ulpsOutward,         // `ulps` units away from zero
+  bits,                // those of the amount, whatever the answer
+  bitsLost,            // so many of the lowest are cut off
+  bitsRounded,         // so many of the lowest are rounded away, to nearest
+  ulpsOutward,         // so many units away from zero
   ulpsInward,
   ulpsUpward,
   ulpsDownward,
@@ -91,6 +98,10 @@ enum class Change {
   ulpsAtMostOutward,
   ulpsAtMostInward,
 };
+
+/// What an integer is where it cannot be the float's, which OpenCL leaves open: the nearest that
+/// can be, or one of the bit patterns that processors give.
+enum class Manner { intNearest, intLowest, uintNearest, uintHighest, lowBitsOfLong };
 
 /// All that a device does otherwise. A right one does nothing otherwise.
 struct Fault {
@@ -105,7 +116,7 @@ struct Fault {
   std::optional<Denormals> denormalResults;
   Formula formula = Formula::own;
   Change change = Change::none;
-  std::int64_t ulps = 0;
+  std::int64_t amount = 0;
   int repetitionsBefore = 0;  // the answers are those of so many repetitions before
   LaneMap lanes = ownLanes;   // lane j has the answer of lane lanes[j]
   ElementMap elements = ownElements;

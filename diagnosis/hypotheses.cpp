@@ -103,21 +103,29 @@ class Table {
           [](Fault& fault) { fault.formula = Formula::copy; });
     }
 
-    constexpr char integerStored[] = "The bits of the result are those of an integer.";
-    for (const Change change :
-         {Change::integerTruncated, Change::integerRounded, Change::integerComputed}) {
-      add(Rank::named, "integer-stored", integerStored,
-          [change](Fault& fault) { fault.change = change; });
-      if (row_.width == sizeof(float)) continue;
+    const auto addIntegerStored = [&](Change change, Manner manner) {
+      constexpr char meaning[] = "The bits of the result are those of an integer.";
+      const auto set = [change, manner](Fault& fault) {
+        fault.change = change;
+        fault.amount = static_cast<std::int64_t>(manner);
+      };
+      add(Rank::named, "integer-stored", meaning, set);
+      if (row_.width == sizeof(float)) return;
       add(
-          Rank::named, "integer-stored", integerStored,
+          Rank::named, "integer-stored", meaning,
           [&](Fault& fault) {
-            fault.change = change;
+            set(fault);
             fault.resultWidth = static_cast<int>(row_.width);
             fault.result.step = static_cast<int>(row_.width);
           },
           "through the element member");
+    };
+    for (const Manner manner : {Manner::intNearest, Manner::intLowest, Manner::uintNearest,
+                                Manner::uintHighest, Manner::lowBitsOfLong}) {
+      addIntegerStored(Change::integerTruncated, manner);
+      addIntegerStored(Change::integerRounded, manner);
     }
+    addIntegerStored(Change::integerComputed, Manner::lowBitsOfLong);
 
     add(Rank::general, "sign-lost", "Every answer is positive.",
         [](Fault& fault) { fault.change = Change::magnitude; });
@@ -133,9 +141,20 @@ class Table {
         [](Fault& fault) { fault.conversion = Conversion::throughHalf; });
     add(Rank::general, "answers-through-half", "The answer goes by way of a float of 16 bits.",
         [](Fault& fault) { fault.change = Change::throughHalf; });
-    if (row_.elementType == ElementType::uint_) {
-      add(Rank::general, "saturates-to-int", "The integer is cut to what a signed one can be.",
-          [](Fault& fault) { fault.conversion = Conversion::saturatedToInt; });
+    add(Rank::general, "conversion-left-out", "The bits of the integer are taken for a float's.",
+        [](Fault& fault) { fault.conversion = Conversion::leftOut; });
+    struct Narrow {
+      const char* type;
+      Conversion conversion;
+    };
+    for (const auto& [type, conversion] :
+         {Narrow{"int", Conversion::saturatedToInt}, Narrow{"short", Conversion::saturatedToShort},
+          Narrow{"ushort", Conversion::saturatedToUshort},
+          Narrow{"char", Conversion::saturatedToChar},
+          Narrow{"uchar", Conversion::saturatedToUchar}}) {
+      Add(Rank::general, fmt::format("saturates-to-{}", type),
+          fmt::format("The integer is cut to the range of {}.", type),
+          [&](Fault& fault) { fault.conversion = conversion; });
     }
     if (row_.twoInputs) {
       add(Rank::general, "answers-a", "The converted integer is the answer.",
@@ -166,11 +185,31 @@ class Table {
       Add(Rank::fitted, fmt::format("answers-0x{:08X}", bits), "Every answer has the same bits.",
           [bits](Fault& fault) {
             fault.change = Change::bits;
-            fault.ulps = bits;
+            fault.amount = bits;
           });
     }
 
     AddSteadyUlps();
+    AddLostBits();
+  }
+
+  // Fewer bits of precision than a float has.
+  void AddLostBits() {
+    constexpr int mostBits = 16;
+    for (int bits = 1; bits <= mostBits; ++bits) {
+      const auto addLost = [&](Change change, std::int64_t ulps, const char* how) {
+        Add(
+            Rank::named, fmt::format("off-by-ulps-{}", ulps),
+            fmt::format("The answers are off by {} in the last place.", Units(ulps)),
+            [&](Fault& fault) {
+              fault.change = change;
+              fault.amount = bits;
+            },
+            fmt::format("at most: the low {} of the significand are {}", Bits(bits), how));
+      };
+      addLost(Change::bitsLost, (std::int64_t{1} << bits) - 1, "lost");
+      addLost(Change::bitsRounded, std::int64_t{1} << (bits - 1), "rounded away");
+    }
   }
 
   // As far off as the first wrong answer, and always so.
@@ -191,7 +230,7 @@ class Table {
           fmt::format("The answers are off by {} in the last place.", Units(*ulps)),
           [&](Fault& fault) {
             fault.change = change;
-            fault.ulps = *ulps;
+            fault.amount = *ulps;
           },
           fmt::format("always, {}", words));
     }
@@ -231,6 +270,14 @@ class Table {
       Add(Rank::general, "integer-view-of-b",
           "The integer member of B is read in place of the float one.",
           [](Fault& fault) { fault.b.view = View::integer; });
+      Add(
+          Rank::general, "integer-view-of-b",
+          "The integer member of B is read in place of the float one.",
+          [](Fault& fault) {
+            fault.b.view = View::integer;
+            fault.formula = Formula::inIntegers;
+          },
+          "and computed with as an integer");
       Add(Rank::general, "inputs-exchanged", "A is read from B's buffer, and B from A's.",
           [](Fault& fault) { fault.a.otherInput = fault.b.otherInput = true; });
       Add(Rank::general, "a-from-b", "A is read from B's buffer.",
@@ -438,7 +485,10 @@ class Table {
     const std::set<int> behindElement = {aligned(slots * element, real), slots * element,
                                          lanes * element};
     const std::set<int> behindFloat = {aligned(slots * real, element), slots * real, lanes * real};
-    const auto grown = [&](int size) { return (size + 31) / 32 * 32; };
+    const auto grown = [&](int size) {
+      const int alignment = std::max(32, isVector ? slots * real : real);
+      return (size + alignment - 1) / alignment * alignment;
+    };
 
     const auto add = [&](const char* prefix, const char* member, int at, int size,
                          Place Fault::*result, Reading Fault::*operand, bool isStruct) {
@@ -636,7 +686,7 @@ class Table {
           fmt::format("The answers are off by {} in the last place.", Units(most)),
           [&](Fault& fault) {
             fault.change = change;
-            fault.ulps = most;
+            fault.amount = most;
           },
           fmt::format("at most{}", words));
     }
@@ -657,6 +707,8 @@ class Table {
   static std::string Units(std::int64_t ulps) {
     return fmt::format("{} unit{}", ulps, ulps == 1 ? "" : "s");
   }
+
+  static std::string Bits(int count) { return count == 1 ? "bit" : fmt::format("{} bits", count); }
 
   template <class Number>
   static std::string Bytes(Number count) {

@@ -89,7 +89,7 @@ Counts Count(const std::vector<Question>& questions) {
   return counts;
 }
 
-/// Two faults at once, each of them plain or known from another row.
+/// Two faults at once, one of them known from another row.
 void TryPairs(Question& question, const RowData& data, const std::vector<Hypothesis>& hypotheses,
               const Counts& known) {
   std::vector<std::size_t> worthTrying;
@@ -104,8 +104,9 @@ void TryPairs(Question& question, const RowData& data, const std::vector<Hypothe
       const Hypothesis& one = hypotheses[worthTrying[i]];
       const Hypothesis& other = hypotheses[worthTrying[j]];
       if (one.name == other.name) continue;
+      if (!known.contains(one.name) && !known.contains(other.name)) continue;
       const std::optional<Fault> both = Both(one.fault, other.fault);
-      if (!both || FitOf(*both, data) == Fit::refuted) continue;
+      if (!both || FitOf(*both, data) != Fit::explains) continue;
       AddCandidate(question, {one.name + "+" + other.name, MeaningOf(one) + " " + MeaningOf(other),
                               one.meaning + " " + other.meaning, rankOfPair,
                               worthTrying[i] * hypotheses.size() + worthTrying[j]});
@@ -260,6 +261,24 @@ std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
   return fewest;
 }
 
+/// Takes away what is not plain where a plain suspect is one of the run's fewest, and this is not:
+/// other rows have refuted it.
+void KeepPlain(Question& question, const std::vector<Suspect>& fewest) {
+  const auto isOfFewest = [&fewest](const Candidate& candidate) {
+    return std::ranges::find(fewest, candidate.name, &Suspect::name) != fewest.end();
+  };
+  const auto isPlain = [](const Candidate& candidate) {
+    return candidate.rank == static_cast<int>(Rank::named);
+  };
+  const bool isTold = std::ranges::any_of(question.candidates, [&](const Candidate& candidate) {
+    return isPlain(candidate) && isOfFewest(candidate);
+  });
+  if (!isTold) return;
+  std::erase_if(question.candidates, [&](const Candidate& candidate) {
+    return !isPlain(candidate) && !isOfFewest(candidate);
+  });
+}
+
 /// Whether the row shows that the device keeps denormals, and nothing else.
 bool KeepsDenormals(const RowData& data) {
   Fault kept;
@@ -301,7 +320,9 @@ Suspects SuspectsOf(const Run& run) {
   for (Question& question : questions) Sift(question, allCounts);
 
   Suspects suspects;
-  for (const Question& question : questions) {
+  suspects.fewest = Fewest(questions);
+  for (Question& question : questions) {
+    KeepPlain(question, suspects.fewest);
     auto& names = suspects.byRow[question.row];
     auto& meanings = suspects.meaningsByRow[question.row];
     for (const Candidate& candidate : question.candidates) {
@@ -312,7 +333,6 @@ Suspects SuspectsOf(const Run& run) {
     names.emplace_back(unexplained);
     meanings.emplace_back("No suspect predicts the answers.");
   }
-  suspects.fewest = Fewest(questions);
   return suspects;
 }
 

@@ -5,6 +5,8 @@
 #include <CL/cl.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cfenv>
 #include <cmath>
@@ -279,12 +281,52 @@ const std::vector<Fault_>& Faults() {
        {"copy_union_vector4_2", "add_union_arrays_3"},
        [](Device_ d) { d.bitsOf = [old = d.bitsOf](float x) { return old(x) * 2654435761U; }; }},
 
+      // The low 13 bits of the significand are cut off.
+      {{"off-by-ulps-8191"},
+       {"copy_union_vector4_1", "multiply_union_scalar_3", "power_union_vector8_6"},
+       [](Device_ d) { d.bitsOf = [old = d.bitsOf](float x) { return old(x) & ~0x1FFFU; }; }},
+      // A struct aligned as its float16 is.
+      {{"a-at-64"},
+       {"copy_union_vector16_5", "add_union_vector16_1"},
+       [](Device_ d) {
+         d.placeOfA = [&d](int item, int lane) {
+           return static_cast<std::size_t>(128 * item + 64) +
+                  d.row.width * static_cast<std::size_t>(lane);
+         };
+       }},
+
       // Faults without a name of their own in every account of such devices.
       {{"element-as-char"},
        {"copy_union_scalar_3", "add_union_scalar_4"},
        [](Device_ d) {
          d.integer = [](const std::uint8_t* bytes) -> std::int64_t {
            return static_cast<std::int8_t>(*bytes);
+         };
+       }},
+      {{"saturates-to-short"},
+       {"copy_union_vector4_1", "multiply_union_arrays_2"},
+       [](Device_ d) {
+         d.convert = [](std::int64_t x) {
+           return static_cast<float>(std::clamp<std::int64_t>(x, -32768, 32767));
+         };
+       }},
+      {{"conversion-left-out"},
+       {"multiply_union_vector4_6", "multiply_union_arrays_4"},
+       [](Device_ d) {
+         d.convert = [](std::int64_t x) {
+           return std::bit_cast<float>(static_cast<std::uint32_t>(x));
+         };
+       }},
+      {{"a-of-repetition-before"},
+       {"add_union_vector4_1", "add_union_scalar_3"},
+       [](Device_ d) {
+         d.operandA = [old = d.operandA, last = Bytes(), now = Bytes()](const Bytes& a,
+                                                                        std::size_t at) mutable {
+           if (a != now) {
+             last = now.empty() ? Bytes(a.size()) : now;
+             now = a;
+           }
+           return old(last, at);
          };
        }},
       {{"lane-pairs-exchanged"},
@@ -343,6 +385,53 @@ TEST_P(Suspects_, AreNamed) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, Suspects_, testing::ValuesIn(Faults()));
+
+// Two faults at once, of which one shows alone in another row.
+TEST(Suspects, AreNamedInPairs) {
+  diagnosis::Run run;
+  for (const char* row : {"copy_union_scalar_1", "copy_union_vector4_6"}) {
+    MadeUpDevice device(row);
+    device.bitsOf = [old = device.bitsOf](float x) { return old(-x); };
+    if (!device.row.isSigned) {
+      device.integer = [](const std::uint8_t* bytes) -> std::int64_t {
+        return static_cast<std::int8_t>(*bytes);
+      };
+    }
+    run.info.device = device.reported;
+    run.records.push_back(device.Run());
+  }
+  const Suspects suspects = SuspectsOf(run);
+  EXPECT_EQ(suspects.byRow.at("copy_union_scalar_1"), Names{"negated"});
+  EXPECT_EQ(suspects.byRow.at("copy_union_vector4_6"), Names{"negated+element-as-signed"});
+}
+
+// A run of several faults is explained by the fewest suspects, each with all rows that it explains.
+TEST(Suspects, AreTheFewestThatExplainAll) {
+  diagnosis::Run run;
+  const auto add = [&run](const char* row, const std::function<void(MadeUpDevice&)>& set) {
+    MadeUpDevice device(row);
+    set(device);
+    run.info.device = device.reported;
+    run.records.push_back(device.Run());
+  };
+  const auto reverse = [](MadeUpDevice& device) {
+    MoveLanes(device, [&device](int lane) { return device.row.lanes - 1 - lane; });
+  };
+  const auto spoil = [](MadeUpDevice& device) {
+    device.bitsOf = [old = device.bitsOf](float x) { return old(x) * 2654435761U; };
+  };
+  add("copy_union_vector2_1", reverse);
+  add("copy_union_vector4_1", reverse);
+  add("copy_union_scalar_1", spoil);
+  add("copy_union_scalar_2", [](MadeUpDevice&) {});
+  const Suspects suspects = SuspectsOf(run);
+  EXPECT_FALSE(suspects.byRow.contains("copy_union_scalar_2"));
+  ASSERT_EQ(suspects.fewest.size(), 2U);
+  EXPECT_EQ(suspects.fewest[0].name, "lanes-reversed");
+  EXPECT_EQ(suspects.fewest[0].rows, (Names{"copy_union_vector2_1", "copy_union_vector4_1"}));
+  EXPECT_EQ(suspects.fewest[1].name, unexplained);
+  EXPECT_EQ(suspects.fewest[1].rows, Names{"copy_union_scalar_1"});
+}
 
 }  // namespace
 }  // namespace diagnosis
