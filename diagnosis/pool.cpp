@@ -475,9 +475,12 @@ class Pool final : public WorkersPool {
 
   void NotReached(const std::string& reason) {
     while (!pending_.empty()) {
-      const Pending next = std::move(pending_.front());
+      Pending next = std::move(pending_.front());
       pending_.pop_front();
-      Over(next, NotRun(reason));
+      diagnosis::Ended ended = NotRun(reason);
+      if (!next.lost.empty())
+        ended.ending = {.kind = Ending::Kind::lost, .reason = std::exchange(next.lost, {})};
+      Over(next, ended);
     }
   }
 

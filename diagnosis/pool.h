@@ -13,7 +13,7 @@ namespace diagnosis {
 /// A row to be run, and what is put between the suite and OpenCL for it.
 struct Job {
   std::size_t row = 0;  // index in `rows` (harness/rows.h)
-  std::string buildOptions;
+  std::string buildOptions = {};
   std::uint64_t localSize = 0;
   int passes = 1;  // how often the row is run in the same process; the last one is recorded
   bool freshWorker = false;

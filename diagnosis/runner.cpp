@@ -77,7 +77,7 @@ std::string_view RunnerMemory::Message() const {
   return {message_, std::min(messageSize_, longestMessage)};
 }
 
-void RunnerMain(RunnerMemory& memory, int wake) {
+void RunnerMain(RunnerMemory& memory, int wake) noexcept {
   if (MatchHostToDevice()) {
     memory.SetMessage(Packed(Answer(FirstGpu())));
     memory.state = RunnerMemory::State::ready;
@@ -88,8 +88,9 @@ void RunnerMain(RunnerMemory& memory, int wake) {
     while (memory.done == memory.asked) {
       if (!Wait(wake)) std::exit(0);
     }
+    memory.begun = memory.asked.load();
     Do(std::get<Task>(OrderFrom(memory.Message())), memory.journal);
-    memory.done = memory.asked.load();
+    memory.done = memory.begun.load();
   }
   std::exit(0);
 }

@@ -17,7 +17,8 @@ struct RunnerMemory {
 
   std::atomic<State> state;
   std::atomic<std::uint32_t> asked;  // counts the tasks
-  std::atomic<std::uint32_t> done;   // the last of them that has ended
+  std::atomic<std::uint32_t> begun;  // the last of them that the runner has taken up
+  std::atomic<std::uint32_t> done;   // and that has ended
 
   /// The Device, when the runner is ready; then the Task that it is asked to do.
   void SetMessage(std::string_view bytes);
@@ -33,7 +34,8 @@ struct RunnerMemory {
 };
 
 /// The life of a runner: brings OpenCL up and runs a row for each byte that comes from `wake`,
-/// until that ends. Everything else that this process knows of its worker is in `memory`.
-[[noreturn]] void RunnerMain(RunnerMemory& memory, int wake);
+/// until that ends. Everything else that this process knows of its worker is in `memory`. What the
+/// driver throws ends the process, as it ends the suite's.
+[[noreturn]] void RunnerMain(RunnerMemory& memory, int wake) noexcept;
 
 }  // namespace diagnosis

@@ -110,7 +110,17 @@ class Worker {
     while (const std::optional<Order> order = NextOrder()) {
       const Task& task = std::get<Task>(*order);
       if (task.freshRunner && hasRun_) End();
-      if (runner_ != 0 || BringUp()) Say(Answer(Run(task)));
+      for (int start = 1; runner_ != 0 || BringUp(); ++start) {
+        const std::optional<Ended> ended = Run(task);
+        if (ended) {
+          Say(Answer(*ended));
+          break;
+        }
+        if (start == startsBeforeGivingUp) {
+          Say(Answer(NoRunner{"OpenCL does not stay up: " + TextOf(death_)}));
+          break;
+        }
+      }
     }
     End();
   }
@@ -205,25 +215,33 @@ class Worker {
     RunnerMain(*memory_, above);
   }
 
-  // Runs a row and tells what became of it.
-  Ended Run(const Task& task) {
+  // Runs a row and tells what became of it; nothing if the runner was at its end, and the row has
+  // not begun.
+  std::optional<Ended> Run(const Task& task) {
     const Clock::time_point start = Clock::now();
     const std::string message = Packed(Order(task));
     if (message.size() > RunnerMemory::longestMessage)
-      return {.ending = {.kind = Ending::Kind::notRun,
-                         .value = 0,
-                         .reason = "the build options are too long"},
-              .seconds = 0,
-              .driver = {},
-              .journal = {}};
+      return Ended{.ending = {.kind = Ending::Kind::notRun,
+                              .value = 0,
+                              .reason = "the build options are too long"},
+                   .seconds = 0,
+                   .driver = {},
+                   .journal = {}};
     memory_->SetMessage(message);
     memory_->journal.Clear();
     const std::uint32_t number = ++memory_->asked;
     hasRun_ = true;
     const bool woken = send(wake_.Number(), "", 1, MSG_NOSIGNAL) == 1;
     (void)woken;  // a runner that cannot be woken is dying
-    const bool returned =
-        Await([&] { return memory_->done == number; }, timeout_ * task.passes, Orders::taken);
+    // A driver that closes what is not its own leaves a runner that does its row and ends.
+    const auto cannotBegin = [&] { return wake_.Number() < 0 && memory_->begun != number; };
+    const bool returned = Await([&] { return memory_->done == number || cannotBegin(); },
+                                timeout_ * task.passes, Orders::taken) &&
+                          memory_->done == number;
+    if (cannotBegin()) {
+      End();
+      return std::nullopt;
+    }
 
     Ended ended;
     ended.seconds = Seconds(Clock::now() - start).count();
