@@ -239,7 +239,7 @@ class BadDriver : public Pool, public testing::WithParamInterface<Case> {};
 TEST_P(BadDriver, IsChargedToItsRowAlone) {
   const Case& bad = GetParam();
   SetFault(bad.fault, badText);
-  options_.timeoutSeconds = bad.status == Status::timeout ? 4 : 60;
+  options_.timeoutSeconds = bad.status == Status::timeout ? 3 : 60;
   for (const int workers : {1, 3}) {
     options_.workers = workers;
     const Told told = RunAll(Jobs(someRows));
@@ -317,7 +317,7 @@ TEST_F(Pool, SurvivesADriverThatFailsOutsideTheRows) {
       SCOPED_TRACE(fault + "@" + place);
       SetFault(fault + "@" + place);
       SetFaultOnce();
-      options_.timeoutSeconds = fault == "hang" ? 4 : 60;
+      options_.timeoutSeconds = fault == "hang" ? 3 : 60;
       const Told told = RunAll(Jobs(someRows));
       for (const std::string& row : someRows) EXPECT_EQ(DetailOf(told.Only(row)), "") << row;
       fs::remove(folder_ / "once");
