@@ -27,6 +27,8 @@ namespace {
 
 // How often in a row workers may end before they have come up.
 constexpr int workersBeforeGivingUp = 3;
+// A timeout beyond this is none, and no clock would hold it.
+constexpr double longestTimeout = 1e8;
 // What a worker and the way to it get beyond the row's own time before they count as hung.
 constexpr double graceSeconds = 15;
 // How long a worker may take over its end when it has no more to do, when it is stopped, and to
@@ -196,7 +198,7 @@ class Worker {
                  [](uv_write_t* request, int) {
                    const std::unique_ptr<Write> done(static_cast<Write*>(request->data));
                  });
-    if (error == 0) write.release();
+    if (error == 0) static_cast<void>(write.release());
   }
 
   void Heard(ssize_t size, const char* bytes) {

@@ -373,7 +373,8 @@ class Worker {
   void Kill() {
     if (runner_ == 0) return;
     kill(-runner_, SIGKILL);
-    Await([] { return false; }, timeToDie, Orders::ignored);
+    for (const auto end = Clock::now() + timeToDie; !Bury() && Clock::now() < end;)
+      poll(nullptr, 0, 2);
     runner_ = 0;  // whether it is dead or cannot die
     wake_.Close();
     output_.Close();

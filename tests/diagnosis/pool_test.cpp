@@ -63,6 +63,8 @@ class Pool : public testing::Test {
     folder_ = mkdtemp(folder.data());
     Set("OCL_ICD_VENDORS", SIMULATED_DRIVER);
     Set("OPENCL_LAYERS", SIMULATED_GPU);
+    // A sanitizer in the worker leaves the driver's signals alone.
+    Set("ASAN_OPTIONS", "handle_segv=0:handle_abort=0:detect_leaks=0");
     options_.program = UNION_TRIAGE;
     std::istringstream emulator(EMULATOR);
     options_.launcher.assign(std::istream_iterator<std::string>(emulator), {});
