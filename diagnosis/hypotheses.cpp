@@ -154,7 +154,7 @@ class Table {
           Narrow{"uchar", Conversion::saturatedToUchar}}) {
       Add(Rank::general, fmt::format("saturates-to-{}", type),
           fmt::format("The integer is cut to the range of {}.", type),
-          [&](Fault& fault) { fault.conversion = conversion; });
+          [conversion = conversion](Fault& fault) { fault.conversion = conversion; });
     }
     if (row_.twoInputs) {
       add(Rank::general, "answers-a", "The converted integer is the answer.",
@@ -228,7 +228,7 @@ class Table {
       Add(
           Rank::named, fmt::format("off-by-ulps-{}", *ulps),
           fmt::format("The answers are off by {} in the last place.", Units(*ulps)),
-          [&](Fault& fault) {
+          [&, change = change](Fault& fault) {
             fault.change = change;
             fault.amount = *ulps;
           },
@@ -684,7 +684,7 @@ class Table {
       Add(
           Rank::vague, fmt::format("off-by-ulps-{}", most),
           fmt::format("The answers are off by {} in the last place.", Units(most)),
-          [&](Fault& fault) {
+          [&, change = change](Fault& fault) {
             fault.change = change;
             fault.amount = most;
           },
