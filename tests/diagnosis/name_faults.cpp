@@ -1,14 +1,14 @@
-// Runs rows on the device at hand and says in one line how many of them the suite fails, how many
-// wrong ones it passes, and which suspects are named over the run; with --rows also those of each
-// row that is wrong.
+// Runs rows on the device at hand and says in one line how many wrong ones of them the suite fails
+// and how many it passes, how many right ones it fails, and which suspects are named over the run;
+// with --rows also those of each row. Rows or, behind --from, a folder with a run.
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "diagnosis/opinion.h"
@@ -22,26 +22,29 @@ namespace {
 using namespace diagnosis;
 
 std::string Joined(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names) text += (text.empty() ? "" : " or ") + name;
-  return text;
+  return fmt::format("{}", fmt::join(names, " or "));
 }
 
-void Name(const std::vector<std::string>& patterns, bool byRow) {
-  std::vector<std::size_t> selected = Select(patterns);
-  const Run run = RunOf(selected, "", {});
+/// The suspect, and behind it those that explain the same rows. What does not explain a single row
+/// is counted.
+std::string NameOf(const Suspect& suspect) {
+  if (suspect.name == unexplained) return fmt::format("{} {}", suspect.name, suspect.rows.size());
+  std::vector<std::string> names = suspect.alike;
+  names.insert(names.begin(), suspect.name);
+  return Joined(names);
+}
+
+void NameFaults(const std::vector<std::string>& patterns, const std::string& folder, bool byRow) {
+  const Run run =
+      folder.empty() ? RunOf(Select(patterns), "", {}) : RunOf({}, folder, PoolOptions());
   std::map<Kind, int> kinds;
   for (const Record& record : run.records)
     ++kinds[KindOf(record, OpinionOf(record, run.info.device))];
   const Suspects suspects = SuspectsOf(run);
-  std::string names;
-  for (const Suspect& suspect : suspects.fewest) {
-    std::vector<std::string> alike = suspect.alike;
-    alike.insert(alike.begin(), suspect.name);
-    names += fmt::format("{}{} {}", names.empty() ? "" : ", ", Joined(alike), suspect.rows.size());
-  }
-  fmt::print("{:>4} {:>4} {:>4} {:>4}  {}\n", kinds[Kind::failedWrong], kinds[Kind::passedWrong],
-             kinds[Kind::failedRight], kinds[Kind::neither], names);
+  std::vector<std::string> names;
+  for (const Suspect& suspect : suspects.fewest) names.push_back(NameOf(suspect));
+  fmt::print("{:>3} {:>3} {:>3}  {}\n", kinds[Kind::failedWrong], kinds[Kind::passedWrong],
+             kinds[Kind::failedRight], fmt::join(names, ", "));
   if (!byRow) return;
   for (const auto& [row, named] : suspects.byRow) fmt::print("    {}: {}\n", row, Joined(named));
 }
@@ -49,14 +52,15 @@ void Name(const std::vector<std::string>& patterns, bool byRow) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::vector<std::string> patterns(argv + 1, argv + argc);
-  if (patterns == std::vector<std::string>{"worker"}) return WorkerMain();
-  const bool byRow = std::erase(patterns, "--rows") > 0;
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (arguments == std::vector<std::string>{"worker"}) return WorkerMain();
+  const bool byRow = std::erase(arguments, "--rows") > 0;
+  const bool isThere = arguments.size() == 2 && arguments.front() == "--from";
   try {
-    Name(patterns, byRow);
+    NameFaults(arguments, isThere ? arguments.back() : "", byRow);
     return 0;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "{}\n", error.what());
+    fmt::print(stderr, "name_faults: {}\n", error.what());
     return 1;
   }
 }
