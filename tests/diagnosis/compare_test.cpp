@@ -15,7 +15,7 @@ struct Came {
   Status status;
   Opinion::Verdict verdict = Opinion::Verdict::unseen;
   int wrongLanes = 0;
-  std::uint64_t ulps = 0;
+  std::uint32_t ulps = 0;
   float answer = 1;
 };
 
