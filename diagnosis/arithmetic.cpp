@@ -96,7 +96,8 @@ RightAnswer PositivePower(float x, int exponent, Rounding rounding, int ulps) {
   // How many units of this binade are in the exact result, the bit behind them, and what is left.
   const std::int64_t unit = binade - (digits - 1) - scale;  // the number of the bit worth one unit
   std::int64_t units = 0;
-  for (std::int64_t bit = unit + digits; bit >= unit; --bit) units = 2 * units + BitOf(exact, bit);
+  for (std::int64_t bit = unit + digits; bit >= unit; --bit)
+    units = 2 * units + (BitOf(exact, bit) ? 1 : 0);
   const bool half = BitOf(exact, unit - 1);
   const bool rest = AnyBitBelow(exact, unit - 1);
 
