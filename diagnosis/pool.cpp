@@ -27,8 +27,6 @@ namespace {
 
 // How often in a row workers may end before they have come up.
 constexpr int workersBeforeGivingUp = 3;
-// A timeout beyond this is none, and no clock would hold it.
-constexpr double longestTimeout = 1e8;
 // What a worker and the way to it get beyond the row's own time before they count as hung.
 constexpr double graceSeconds = 15;
 // How long a worker may take over its end when it has no more to do, when it is stopped, and to

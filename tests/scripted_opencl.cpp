@@ -212,7 +212,7 @@ cl_int clGetDeviceInfo(cl_device_id device, cl_device_info name, size_t size, vo
       machine->Enter("clGetDeviceInfo", Text("device ", number, " ", name, " size ", size));
   if (code != CL_SUCCESS) return code;
   if (name == CL_DEVICE_PLATFORM) {
-    const auto platform = HandleOf<cl_platform_id>(Fixed(Kind::platform, 0));
+    auto* const platform = HandleOf<cl_platform_id>(Fixed(Kind::platform, 0));
     return Answer(&platform, sizeof platform, size, value, sizeReturned);
   }
   EXPECT_EQ(name, cl_device_info{CL_DEVICE_SINGLE_FP_CONFIG});
