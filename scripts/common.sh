@@ -29,8 +29,11 @@ usage() {
   exit 2
 }
 
-# The Debian packages that the build needs.
-packages=(g++ cmake ninja-build ocl-icd-opencl-dev opencl-c-headers opencl-clhpp-headers)
+# The Debian packages that the build needs. Its tools may have come from elsewhere.
+packages=(ocl-icd-opencl-dev opencl-c-headers opencl-clhpp-headers)
+for tool in g++ cmake ninja:ninja-build; do
+  command -v "${tool%:*}" >/dev/null || packages+=("${tool#*:}")
+done
 
 # What ./triage needs beside those.
 triage_packages=(libcli11-dev libfmt-dev libpugixml-dev libuv1-dev nlohmann-json3-dev)
