@@ -35,24 +35,26 @@ pick_device() {
   fi
 }
 
-# find_gpu: leaves the first driver that has a GPU device in OCL_ICD_VENDORS, and what it says of itself
-# in $answer: of those that the caller's OCL_ICD_VENDORS names, or else of the installed ones. Fails if
-# none of the latter has one; ends the command if none of the former has.
+# find_gpu: makes the first driver that has a GPU device the loader's only one, with what it says of itself
+# in $answer: of those that the caller's OCL_ICD_VENDORS names, or else of those in OCL_ICD_FILENAMES, as
+# the loader of some vendors takes them, and of the installed ones. Fails if none of the latter has one;
+# ends the command if none of the former has.
 find_gpu() {
-  local asked=${OCL_ICD_VENDORS-} drivers driver status
+  local asked=${OCL_ICD_VENDORS-} drivers=() driver status
   # A path is relative to where the caller was.
   [[ $asked != [!/]* || ! -e $OLDPWD/$asked ]] || asked=$OLDPWD/$asked
-  drivers=("$asked")
-  [[ -n $asked && ! -d $asked ]] ||
-    drivers=("${asked:-${OPENCL_VENDOR_PATH:-/etc/OpenCL/vendors}}"/*.icd)
+  if [[ -n $asked && ! -d $asked ]]; then
+    drivers=("$asked")
+  else
+    [[ -n $asked ]] || IFS=: read -ra drivers <<<"${OCL_ICD_FILENAMES-}"
+    drivers+=("${asked:-${OPENCL_VENDOR_PATH:-/etc/OpenCL/vendors}}"/*.icd)
+  fi
   for driver in "${drivers[@]}"; do
     status=0
-    OCL_ICD_VENDORS=$driver ask || status=$?
+    take_driver "$driver"
+    ask || status=$?
     case $status in
-      0)
-        export OCL_ICD_VENDORS=$driver
-        return
-        ;;
+      0) return ;;
       2) fail "$answer" ;;
       3)
         [[ $driver != "$asked" ]] || fail "the driver $driver ends the process that loads it"
@@ -64,10 +66,18 @@ find_gpu() {
   return 1
 }
 
+# take_driver DRIVER: a library, or an .icd file whose first line names one. Debian's loader takes either
+# from the one variable, others a library from the other.
+take_driver() {
+  export OCL_ICD_VENDORS=$1 OCL_ICD_FILENAMES=$1
+  [[ $1 != *.icd ]] || read -r OCL_ICD_FILENAMES 2>/dev/null <"$1" || true
+}
+
 use_simulated_gpu() {
   local status=0
   need oclgrind
-  export OCL_ICD_VENDORS=$simulated_driver SIMULATED_GPU_KEEP_DENORMALS=$keep_denormals
+  take_driver "$simulated_driver"
+  export SIMULATED_GPU_KEEP_DENORMALS=$keep_denormals
   # The driver's own settings can make it write where the suite writes.
   unset "${!OCLGRIND_@}"
   stand_before simulated_gpu
