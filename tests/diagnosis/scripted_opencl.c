@@ -10,6 +10,7 @@
 #include <string.h>
 
 static int object;
+static int noGpu;
 
 static cl_int Called(const char* name) {
   const char* failure = getenv("SCRIPTED_FAILURE");
@@ -23,8 +24,10 @@ static void* Made(const char* name, cl_int* error) {
 }
 
 cl_int clGetPlatformIDs(cl_uint wanted, cl_platform_id* platforms, cl_uint* count) {
-  (void)wanted, (void)count;
-  *platforms = (cl_platform_id)(void*)&object;
+  if (wanted < 2) abort();
+  platforms[0] = (cl_platform_id)(void*)&noGpu;
+  platforms[1] = (cl_platform_id)(void*)&object;
+  *count = 2;
   return Called("clGetPlatformIDs");
 }
 
@@ -33,6 +36,10 @@ cl_context clCreateContextFromType(const cl_context_properties* properties, cl_d
                                                              void*),
                                    void* data, cl_int* error) {
   (void)notify, (void)data;
+  if (properties[1] == (cl_context_properties)&noGpu) {
+    *error = CL_DEVICE_NOT_FOUND;
+    return NULL;
+  }
   if (properties[1] != (cl_context_properties)&object || type != CL_DEVICE_TYPE_GPU) abort();
   return Made("clCreateContextFromType", error);
 }
