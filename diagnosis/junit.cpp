@@ -104,9 +104,9 @@ std::string JUnit::Text(const RunInfo& info) {
     Counts counts;
     for (const pugi::xml_node test : suite.children()) {
       ++counts.tests;
-      if (test.child("failure")) ++counts.failures;
-      if (test.child("error")) ++counts.errors;
-      if (test.child("skipped")) ++counts.skipped;
+      if (!test.child("failure").empty()) ++counts.failures;
+      if (!test.child("error").empty()) ++counts.errors;
+      if (!test.child("skipped").empty()) ++counts.skipped;
       counts.seconds += test.attribute("time").as_double();
     }
     SetCounts(suite, counts);

@@ -116,4 +116,11 @@ const std::string& WorkersFolder() { return workersFolder; }
 
 }  // namespace diagnosis
 
-int main(int argc, char** argv) { return diagnosis::Main(argc, argv); }
+int main(int argc, char** argv) {
+  try {
+    return diagnosis::Main(argc, argv);
+  } catch (...) {
+    // There was no memory left for a line on what went wrong.
+    return 1;
+  }
+}

@@ -66,8 +66,8 @@ std::string OpinionOnRun(const Run& run) {
   const Suspects suspects = SuspectsOf(run);
   const std::string reason = ReasonOf(suspects, failedRight, run.info.device);
   std::string text;
-  const int kinds = (failedWrong > 0) + (passedWrong > 0) + (failedRight > 0);
-  if (kinds > 1) {
+  const bool ofOneKind = std::max({failedWrong, passedWrong, failedRight}) == failed + passedWrong;
+  if (!ofOneKind) {
     text += fmt::format("By OpenCL's rules:  right  wrong\n");
     text += fmt::format("  passed           {:>7}{:>7}\n", passedRight, passedWrong);
     text += fmt::format("  failed           {:>7}{:>7}\n", failedRight, failedWrong);

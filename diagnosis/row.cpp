@@ -51,10 +51,9 @@ std::optional<Row> RowNamed(std::string_view name) {
 
 std::int64_t IntegerLane(const Row& row, std::span<const std::uint8_t> element, int lane) {
   const auto bytes = element.subspan(row.width * static_cast<std::size_t>(lane), row.width);
-  std::int64_t value = 0;
+  std::int64_t value = row.isSigned && bytes.back() >= 0x80 ? -1 : 0;
   for (std::size_t n = row.width; n-- > 0;) value = value << 8 | bytes[n];
-  const std::int64_t signBit = std::int64_t{1} << (8 * row.width - 1);
-  return row.isSigned ? (value ^ signBit) - signBit : value;
+  return value;
 }
 
 float FloatLane(std::span<const std::uint8_t> element, int lane) {

@@ -11,11 +11,12 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
@@ -53,11 +54,11 @@ void Scribble() {
   std::ifstream maps("/proc/self/maps");
   for (std::string line; std::getline(maps, line);) {
     if (line.find(" rw-s ") == std::string::npos) continue;
-    std::size_t end = 0;
-    const std::size_t from = std::stoull(line, &end, 16);
-    const std::size_t to = std::stoull(line.substr(end + 1), nullptr, 16);
+    void* from = nullptr;
+    void* to = nullptr;
+    if (std::sscanf(line.c_str(), "%p-%p", &from, &to) != 2) std::abort();
     // Behind what tells that the row has ended.
-    std::memset(reinterpret_cast<char*>(from) + 4096, 0x5A, to - from - 4096);
+    std::fill(static_cast<char*>(from) + 4096, static_cast<char*>(to), '\x5A');
   }
 }
 

@@ -1,0 +1,76 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "diagnosis/command.h"
+#include "diagnosis/ledger.h"
+#include "diagnosis/opinion.h"
+#include "diagnosis/run_now.h"
+#include "diagnosis/select.h"
+#include "diagnosis/suspects.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+
+namespace {
+
+struct {
+  std::vector<std::string> patterns;
+  std::string folder;
+  PoolOptions pool;
+} options;
+
+std::string_view NameOf(Opinion::Verdict verdict) {
+  switch (verdict) {
+    case Opinion::Verdict::right:
+      return "right";
+    case Opinion::Verdict::wrong:
+      return "wrong";
+    case Opinion::Verdict::unseen:
+      break;
+  }
+  return "unseen";
+}
+
+void TabulateRows() {
+  const std::vector<std::size_t> selected = Select(options.patterns);
+  const bool all = options.patterns.empty() && !options.folder.empty();
+  const Run run = RunOf(all ? std::vector<std::size_t>() : selected, options.folder, options.pool);
+  const Suspects suspects = SuspectsOf(run);
+  std::string text = "test,status,opinion,wrong,lanes,ulps,suspects\n";
+  for (const std::size_t row : selected) {
+    const auto record = std::ranges::find(run.records, rows[row].name, &Record::row);
+    if (record == run.records.end()) continue;
+    const Opinion opinion = OpinionOf(*record, run.info.device);
+    const auto named = suspects.byRow.find(record->row);
+    fmt::format_to(
+        std::back_inserter(text), "{},{},{},{},{},{},{}\n", record->row, NameOf(StatusOf(*record)),
+        NameOf(opinion.verdict), opinion.wrong.size(), opinion.lanes, opinion.greatestUlps,
+        named == suspects.byRow.end() ? "" : fmt::format("{}", fmt::join(named->second, " ")));
+  }
+  Print(text);
+}
+
+const Command command(
+    "table", "Print status, second opinion and suspects as comma-separated values, a row a line",
+    [](CLI::App& app) {
+      AddRows(app, options.patterns);
+      app.add_option("--from", options.folder,
+                     "Folder that a run was written into; without it, the rows are run now")
+          ->type_name("DIR");
+      AddPoolOptions(app, options.pool);
+      app.footer(
+          "The columns: test, status, opinion (right, wrong or unseen), wrong lanes, lanes "
+          "judged,\n"
+          "the greatest distance in units in the last place, and suspects.");
+      app.parse_complete_callback([] { Select(options.patterns); });
+      app.callback(TabulateRows);
+    });
+
+}  // namespace
+
+}  // namespace diagnosis
