@@ -80,8 +80,9 @@ std::string OpinionOnRun(const Run& run) {
         "{} of {} that passed {} wrong by OpenCL's rules, a fault that the suite's rule hides.\n",
         passedWrong, Rows(passed), Form(passedWrong, "is", "are"));
   } else {
-    text += fmt::format("{} failed; {} right by OpenCL's rules{}.\n", Rows(failed),
-                        failed == 1 ? "it is" : fmt::format("all {} are", failed), reason);
+    const std::string all =
+        failed > 2 ? fmt::format("all {} are", failed) : Form(failed, "it is", "both are");
+    text += fmt::format("{} failed; {} right by OpenCL's rules{}.\n", Rows(failed), all, reason);
   }
   return text + SuspectsLine(suspects);
 }

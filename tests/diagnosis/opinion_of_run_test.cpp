@@ -40,7 +40,7 @@ const Rows runs[] = {
      "1 of 3 rows that passed is wrong by OpenCL's rules, a fault that the suite's rule hides.\n"
      "Suspects: negated (1 row).\n"},
     {2, 0, 0, 2, keeps,
-     "2 rows failed; all 2 are right by OpenCL's rules: the device keeps denormals, as it "
+     "2 rows failed; both are right by OpenCL's rules: the device keeps denormals, as it "
      "reports.\n"},
     {0, 0, 0, 1, flushes,
      "1 row failed; it is right by OpenCL's rules: the device keeps denormals, as it may without "

@@ -386,7 +386,7 @@ TEST_F(Pool, KeepsWhatWasDoneBeforeTheWorkersWereGone) {
 TEST_F(Pool, RunsEachRowInAFreshProcessIfItIsTold) {
   // Each process dies in its second row.
   SetFault("segv@clCreateContextFromType#2");
-  const auto crashes = [&](std::vector<Job> jobs) {
+  const auto crashes = [&](const std::vector<Job>& jobs) {
     const Told told = RunAll(jobs);
     return std::ranges::count_if(someRows, [&](const std::string& row) {
       return StatusOf(told.Only(row)) == Status::crash;
