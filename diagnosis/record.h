@@ -86,14 +86,15 @@ struct Record {
 /// What is true of a whole run.
 struct RunInfo {
   Device device;
-  std::string host;                            // system and machine, as uname has them
-  std::string version;                         // of the suite
-  std::string command;                         // what was called
-  std::map<std::string, std::string> options;  // all that decide how the rows were run, by name
-  std::string start;                           // UTC, ISO 8601
-  std::string end;                             // empty if the run was cut off
-  std::vector<std::string> selected;           // rows, in the order of the matrix
-  std::vector<std::string> running;            // those that were being run when this was written
+  std::string host;                             // system and machine, as uname has them
+  std::string version;                          // of the suite
+  std::string command;                          // what was called
+  std::map<std::string, std::string> options;   // all that decide how the rows were run, by name
+  std::map<std::string, std::string> expected;  // statuses by row, of the baseline
+  std::string start;                            // UTC, ISO 8601
+  std::string end;                              // empty if the run was cut off
+  std::vector<std::string> selected;            // rows, in the order of the matrix
+  std::vector<std::string> running;             // those that were being run when this was written
 };
 
 struct Run {

@@ -92,6 +92,7 @@ void Members(auto& io, Is<RunInfo> auto& info) {
   io("version", info.version);
   io("command", info.command);
   io("options", info.options);
+  io("expected", info.expected);
   io("start", info.start);
   io("end", info.end);
   io("host", info.host);

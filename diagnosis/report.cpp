@@ -5,15 +5,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
+#include "diagnosis/account.h"
+#include "diagnosis/baseline.h"
 #include "diagnosis/report_parts.h"
 #include "diagnosis/text.h"
 
 namespace diagnosis {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -85,6 +92,19 @@ std::string Joined(const std::vector<std::string>& words) {
   return text;
 }
 
+// How many rows ended as the run's baseline says.
+std::string AsExpected(const Run& run) {
+  Baseline baseline;
+  for (const auto& [row, status] : run.info.expected)
+    baseline[row] = StatusNamed(status).value_or(Status::pass);
+  const auto others = std::ranges::count_if(run.records, [&baseline](const Record& record) {
+    return !AccountOf(record, baseline).asExpected;
+  });
+  if (others == 0) return "every row ended as the baseline expects";
+  return Counted(static_cast<std::size_t>(others), "row") +
+         " ended otherwise than the baseline expects";
+}
+
 // What the suite says.
 std::string LedgerSentence(const Run& run, const std::vector<Outcome>& outcomes) {
   struct Name {
@@ -115,6 +135,7 @@ std::string LedgerSentence(const Run& run, const std::vector<Outcome>& outcomes)
     text =
         fmt::format("{} of {} passed: {}", passed, Counted(outcomes.size(), "row"), Joined(others));
   }
+  if (!run.info.expected.empty()) text += "; " + AsExpected(run);
   return text + (run.info.end.empty() ? "; the run was cut off." : ".");
 }
 
@@ -366,9 +387,16 @@ std::string WriteReportOf(const Run& run, const std::string& folder) {
 }
 
 void WriteReport(const std::string& file, const std::string& page) {
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  // A device or a pipe is written to; a file is replaced in one step.
+  std::error_code ignored;
+  const bool isOther = fs::exists(file, ignored) && !fs::is_regular_file(file, ignored);
+  const std::string part = isOther ? file : file + ".part";
+  std::ofstream out(part, std::ios::binary | std::ios::trunc);
   out << page << std::flush;
-  if (!out) throw std::runtime_error(fmt::format("cannot write '{}'", file));
+  out.close();
+  if (out && (isOther || std::rename(part.c_str(), file.c_str()) == 0)) return;
+  if (!isOther) fs::remove(part, ignored);
+  throw std::runtime_error(fmt::format("cannot write '{}'", file));
 }
 
 }  // namespace diagnosis

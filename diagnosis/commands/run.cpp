@@ -82,6 +82,7 @@ RunInfo InfoOf(const std::vector<std::size_t>& selected) {
                   {"seed", std::to_string(options.pool.seed)},
                   {"skips", options.skipsFile},
                   {"timeout", fmt::format("{}", options.pool.timeoutSeconds)}};
+  for (const auto& [row, status] : options.baseline) info.expected[row] = NameOf(status);
   info.start = Now();
   for (const std::size_t row : selected) info.selected.emplace_back(rows[row].name);
   return info;

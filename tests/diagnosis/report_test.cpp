@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <pugixml.hpp>
 #include <string>
 #include <vector>
@@ -61,7 +62,20 @@ TEST(Report, SaysWhatARunComesTo) {
     std::vector<Record> records;
     const char* end;
     const char* verdict;
+    std::map<std::string, std::string> expected = {};
   } cases[] = {
+      {{RowOf(copy, false, 0)},
+       "now",
+       "0 of 1 row passed: 1 failed; every row ended as the baseline expects. By OpenCL\u2019s "
+       "rules "
+       "1 that failed is right, where the suite asks more than OpenCL does.",
+       {{std::string(copy.name), "Fail"}}},
+      {{RowOf(copy, true, 0)},
+       "now",
+       "The one row passed; 1 row ended otherwise than the baseline expects. By OpenCL\u2019s "
+       "rules, "
+       "too, every lane that came back is right.",
+       {{std::string(copy.name), "Fail"}}},
       {{RowOf(copy, true, 0)},
        "now",
        "The one row passed. By OpenCL\u2019s rules, too, every lane that came back is right."},
@@ -80,6 +94,7 @@ TEST(Report, SaysWhatARunComesTo) {
   for (const auto& one : cases) {
     diagnosis::Run run;
     run.info.end = one.end;
+    run.info.expected = one.expected;
     run.records = one.records;
     const pugi::xml_document page = Parsed(ReportOf({{"out", run}}));
     EXPECT_EQ(TextIn(page.select_node("//p[@class='verdict']").node()), one.verdict);
