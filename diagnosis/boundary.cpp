@@ -1,5 +1,7 @@
 #include "diagnosis/boundary.h"
 
+#include <cstring>
+#include <iterator>
 #include <tuple>
 #include <utility>
 
@@ -55,6 +57,18 @@ int Stream::Draw() {
 void Stream::Seek(std::uint32_t seed, std::size_t draws) {
   if (seed != seed_ || draws < drawn_) Start(seed);
   while (drawn_ < draws) Draw();
+}
+
+std::string StateOfRand() {
+  // The way to the state is to put another in its place.
+  char other[8];
+  char* const own = initstate(1, other, sizeof other);
+  setstate(own);
+  // By the kind of state, which its first number holds.
+  constexpr std::size_t sizes[] = {8, 32, 64, 128, 256};
+  std::uint32_t first = 0;
+  std::memcpy(&first, own, sizeof first);
+  return {own, sizes[first % std::size(sizes)]};
 }
 
 Ground OwnGround() {

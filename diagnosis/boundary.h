@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 
 // The boundary between the suite and what it stands on: OpenCL, and the stream of random numbers.
 // The linker leads the suite's calls through here, and the suite knows nothing of it.
@@ -68,6 +69,10 @@ class Stream {
   random_data data_{};
   char state_[128]{};  // the size of rand's own, which decides the numbers
 };
+
+/// What the process's own rand goes on from, which the suite shares with its driver. It changes
+/// with every number drawn and every seed.
+std::string StateOfRand();
 
 /// What the suite's calls reach.
 struct Ground {

@@ -1,5 +1,6 @@
 #include "diagnosis/end_of_run.h"
 
+#include "diagnosis/draws_of_run.h"
 #include "diagnosis/opinion_of_run.h"
 #include "diagnosis/report.h"
 
@@ -8,6 +9,7 @@ namespace diagnosis {
 const std::vector<EndOfRunView>& EndOfRunViews() {
   static const std::vector<EndOfRunView> views = {
       [](const Run& run, const std::string&) { return OpinionOnRun(run); },
+      [](const Run& run, const std::string&) { return DrawsOfRun(run); },
       WriteReportOf,
   };
   return views;

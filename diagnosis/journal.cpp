@@ -112,6 +112,9 @@ bool Apply(Event event, Reader data, Record& record) {
     case Event::err:
       record.err += data.Rest();
       return true;
+    case Event::randDrawn:
+      record.randDrawn = true;
+      return true;
     case Event::returned: {
       std::int32_t value = 0;
       if (!data.Get(value) || !data.Get(nanoseconds)) return false;

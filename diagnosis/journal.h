@@ -27,7 +27,8 @@ enum class Event : std::uint8_t {
   behindResult,
   out,
   err,
-  returned,  // a 32-bit value and a 64-bit number of nanoseconds; the last event of a row
+  randDrawn,  // by somebody else than the row
+  returned,   // a 32-bit value and a 64-bit number of nanoseconds; the last event of a row
 };
 
 /// What happens in a row, written down as it happens. It lies in memory that outlives the process

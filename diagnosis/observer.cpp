@@ -245,6 +245,7 @@ void RunObserved(int (*row)(), const Conditions& conditions, const cl_icd_dispat
   const Ground ground = SetGround({&hooks, OwnGround().rand});
   std::streambuf* const formerOut = std::cout.rdbuf(&out);
   std::streambuf* const formerErr = std::cerr.rdbuf(&err);
+  const std::string randBefore = StateOfRand();
   rowSpeaks = true;
   const Clock::time_point start = Clock::now();
   const std::int32_t value = row();
@@ -255,6 +256,7 @@ void RunObserved(int (*row)(), const Conditions& conditions, const cl_icd_dispat
   SetGround(ground);
   observed = nullptr;
 
+  if (StateOfRand() != randBefore) journal.Write(Event::randDrawn);
   std::byte data[sizeof value + sizeof nanoseconds];
   std::memcpy(data, &value, sizeof value);
   std::memcpy(data + sizeof value, &nanoseconds, sizeof nanoseconds);

@@ -71,6 +71,7 @@ struct Record {
   Bytes behindResult;
   int launches = 0;
   std::vector<FailedCall> failedCalls;
+  bool randDrawn = false;  // by the driver, from the stream that the suite itself would draw from
 
   std::string out;     // all that the row wrote on standard output
   std::string err;     // on standard error

@@ -79,6 +79,7 @@ void Members(auto& io, Is<Record> auto& record) {
   io("behindResult", record.behindResult);
   io("launches", record.launches);
   io("failedCalls", record.failedCalls);
+  io("randDrawn", record.randDrawn);
   io("out", record.out);
   io("err", record.err);
   io("driver", record.driver);

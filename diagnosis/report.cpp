@@ -15,6 +15,7 @@
 
 #include "diagnosis/account.h"
 #include "diagnosis/baseline.h"
+#include "diagnosis/draws_of_run.h"
 #include "diagnosis/report_parts.h"
 #include "diagnosis/text.h"
 
@@ -185,6 +186,8 @@ void AddRun(pugi::xml_node header, pugi::xml_node main, pugi::xml_node contents,
 
   AddClassed(header, "p", "verdict",
              LedgerSentence(run, outcomes) + " " + OpinionSentence(outcomes));
+  if (const std::string draws = DrawsOfRun(run); !draws.empty())
+    AddClassed(header, "p", "lead", draws);
   AddLegend(header, outcomes);
   AddFacts(header, run.info);
 

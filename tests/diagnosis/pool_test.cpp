@@ -254,6 +254,7 @@ TEST_P(BadDriver, IsChargedToItsRowAlone) {
       const Record& record = told.Only(row);
       EXPECT_EQ(NameOf(StatusOf(record)), NameOf(row == badRow ? bad.status : Status::pass))
           << row << ": " << DetailOf(record);
+      EXPECT_EQ(record.randDrawn, row == badRow && bad.fault.starts_with("rand")) << row;
       if (row != badRow) {
         EXPECT_EQ(record.driver, "") << row;
         EXPECT_EQ(record.err, "") << row;

@@ -39,6 +39,7 @@ Record FullRecord() {
   record.behindB = {1, 2, 3, 4, 5};
   record.behindResult = {1, 2, 3, 4, 5, 6};
   record.launches = 2;
+  record.randDrawn = true;
   record.failedCalls = {{"clReleaseKernel", std::numeric_limits<std::int32_t>::min(), 2}};
   record.out = all;
   record.driver = std::string("\0", 1);
