@@ -10,9 +10,9 @@ std::string DrawsOfRun(const Run& run) {
   const auto rows = std::ranges::count_if(run.records, &Record::randDrawn);
   if (rows == 0) return "";
   return fmt::format(
-      "The driver draws from rand in {} row{}. The suite shares that stream with it, and so has "
-      "other "
-      "data there, and maybe another verdict, from run to run.\n",
+      "The driver draws from rand in {} row{}. The suite shares that stream with it: there its "
+      "data are "
+      "others than these, and may change from run to run.\n",
       rows, rows == 1 ? "" : "s");
 }
 
