@@ -73,7 +73,7 @@ class Folder : public testing::Test {
   Folder() {
     info.device.platform = "P\xFF";
     info.device.singleFpConfig = 0x86;
-    info.expected = {{"copy_union_scalar_1", "Fail"}};
+    info.expected = {{"floor_union_scalar_1", "Fail"}};
     info.selected = {"add_union_vector3_6", "copy_union_scalar_1", "floor_union_scalar_1"};
     std::filesystem::create_directory(path);
   }
