@@ -57,8 +57,8 @@ find_gpu() {
       0) return ;;
       2) fail "$answer" ;;
       3)
-        [[ $driver != "$asked" ]] || fail "the driver $driver ends the process that loads it"
-        say "the driver $driver ends the process that loads it: going on without it"
+        [[ $driver != "$asked" ]] || fail "the driver $driver $answer"
+        say "the driver $driver $answer: going on without it"
         ;;
     esac
   done
@@ -85,7 +85,7 @@ use_simulated_gpu() {
   case $status in
     1) fail "the simulated GPU cannot start: $answer with its driver $simulated_driver" ;;
     2) fail "the simulated GPU cannot start: $answer" ;;
-    3) fail "the simulated GPU cannot start: its driver $simulated_driver ends the process" ;;
+    3) fail "the simulated GPU cannot start: its driver $simulated_driver $answer" ;;
   esac
   say "on the simulated GPU, denormals $([[ -n $keep_denormals ]] && echo kept || echo flushed)"
 }
@@ -112,10 +112,10 @@ stand_before() {
   export OPENCL_LAYERS=build/layers/lib$1.so${OPENCL_LAYERS:+:$OPENCL_LAYERS}
 }
 
-# ask: what first_gpu answers goes into $answer. 3 stands for no answer: the process was ended.
+# ask: what first_gpu answers goes into $answer. 3 stands for a driver that lets it give none.
 ask() {
   local status=0
   answer=$(build/first_gpu) || status=$?
-  [[ -n $answer ]] || status=3
+  [[ -n $answer ]] || status=3 answer='ends the process that loads it'
   return "$status"
 } 2>/dev/null

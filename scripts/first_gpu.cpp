@@ -3,6 +3,7 @@
 //   status 0: platform, device and driver version
 //   status 1: that the first platform has no GPU device, or that there is no platform
 //   status 2: which layer of OPENCL_LAYERS the loader did not take
+//   status 3: that the driver does not answer
 // A driver can end the process that loads it with any status. Then there is no line.
 
 #include <CL/cl.h>
@@ -10,6 +11,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <sstream>
@@ -18,6 +20,14 @@
 namespace {
 
 int answerChannel = -1;
+
+constexpr unsigned patience = 60;  // Seconds, for what takes a driver a few.
+
+// Where a driver hangs, nothing but this can be called.
+void GiveUp(int /*signal*/) {
+  constexpr char line[] = "does not answer\n";
+  _exit(write(answerChannel, line, sizeof line - 1) > 0 ? 3 : 4);
+}
 
 // Leaves at once: what a driver does at the end of a process must not spoil the answer.
 [[noreturn]] void Answer(int status, const std::string& line) {
@@ -47,6 +57,8 @@ int main() {
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   dup2(nowhere, STDOUT_FILENO);
   dup2(nowhere, STDERR_FILENO);
+  std::signal(SIGALRM, GiveUp);
+  alarm(patience);
 
   // A copy: the loader takes the variable's own text to pieces.
   const char* names = std::getenv("OPENCL_LAYERS");

@@ -1,5 +1,7 @@
 // What a driver that is not well does when the loader loads it.
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -8,6 +10,10 @@ __attribute__((constructor)) static void AtLoad() {
   std::abort();
 #elif defined(AT_LOAD_EXIT)
   std::exit(AT_LOAD_EXIT);
+#elif defined(AT_LOAD_HANG)
+  // As if somebody had waited a minute.
+  alarm(1);
+  for (;;) pause();
 #else
   std::puts("banner, or what looks like an answer");
   std::fputs("banner\n", stderr);
