@@ -127,7 +127,7 @@ std::string Packed(const Answer& answer) {
 std::string Framed(std::string_view packed) {
   std::string frame;
   for (std::size_t i = 0; i < 4; ++i) frame += static_cast<char>(packed.size() >> (8 * i) & 0xFF);
-  return frame.append(packed);
+  return frame.append(packed) += '\n';
 }
 
 Order OrderFrom(std::string_view bytes) {
@@ -166,9 +166,9 @@ std::optional<std::string> FrameReader::Next() {
   for (std::size_t i = 0; i < 4; ++i)
     size |= std::size_t{static_cast<std::uint8_t>(bytes_[i])} << (8 * i);
   if (size > largestFrame) throw std::runtime_error("a message that is too long");
-  if (bytes_.size() - 4 < size) return std::nullopt;
+  if (bytes_.size() < 4 + size + 1) return std::nullopt;
   std::string message = bytes_.substr(4, size);
-  bytes_.erase(0, 4 + size);
+  bytes_.erase(0, 4 + size + 1);
   return message;
 }
 

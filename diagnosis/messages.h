@@ -11,7 +11,8 @@
 #include "diagnosis/record.h"
 
 // What the pool and its workers say to each other over a worker's standard input and output: each
-// message is its size as four bytes, the least first, and as many bytes of CBOR.
+// message is its size as four bytes, the least first, as many bytes of CBOR, and a newline: there
+// are launchers that hold back what is not the end of a line.
 
 namespace diagnosis {
 
@@ -52,11 +53,11 @@ std::string Packed(const Answer& answer);
 Order OrderFrom(std::string_view bytes);
 Answer AnswerFrom(std::string_view bytes);
 
-/// With its size in front.
+/// With its size in front and the newline behind.
 std::string Framed(std::string_view packed);
 
 /// What a worker writes before its first message. A launcher may have written other things before.
-inline constexpr std::string_view workersHello = "\x02union_triage worker 1\x03";
+inline constexpr std::string_view workersHello = "\x02union_triage worker 2\x03\n";
 
 /// Cuts what comes into messages.
 class FrameReader {

@@ -299,8 +299,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"error@clReleaseKernel", Status::error, "clReleaseKernel(-5)"},
         // It meddles with what is not its own.
         Case{"scribble@clEnqueueReadBuffer#4", Status::crash, "worker lost"},
-        Case{"rubbish@clEnqueueWriteBuffer", Status::pass, passed, "union_triage worker 1"},
-        Case{"spray@clEnqueueReadBuffer", Status::pass, passed, "union_triage worker 1"},
+        Case{"rubbish@clEnqueueWriteBuffer", Status::pass, passed, "union_triage worker 2"},
+        Case{"spray@clEnqueueReadBuffer", Status::pass, passed, "union_triage worker 2"},
         Case{"flood@clEnqueueReadBuffer", Status::pass, passed, "[the rest is left out]"},
         Case{"cout@clEnqueueReadBuffer", Status::pass, passed, "from the driver\n"},
         Case{"close@clEnqueueNDRangeKernel", Status::pass, passed},
@@ -506,9 +506,9 @@ TEST_F(Pool, SaysWhyThereIsNoWorker) {
        "'sh' ended with status 255: Permission denied"},
       {{"sh", "-c", "kill -9 $$"}, "'sh' ended with signal 9"},
       {{"echo"}, "'echo' ended with status 0"},
-      {{"sh", "-c", R"(printf '\002union_triage worker 1\003\377\377\377\377')"},
+      {{"sh", "-c", R"(printf '\002union_triage worker 2\003\n\377\377\377\377')"},
        "'sh' sent a message that is too long"},
-      {{"sh", "-c", R"(printf '\002union_triage worker 1\003\001\0\0\0x')"},
+      {{"sh", "-c", R"(printf '\002union_triage worker 2\003\n\001\0\0\0x\n')"},
        "'sh' sent a message that cannot be understood"},
   };
   for (const auto& [launcher, reason] : cases) {
@@ -529,6 +529,13 @@ TEST_F(Pool, PassesOverWhatALauncherSays) {
     EXPECT_EQ(DetailOf(told.Only(row)), "");
     EXPECT_EQ(told.Only(row).driver, "");
   }
+}
+
+// As srun does.
+TEST_F(Pool, GetsThroughALauncherThatPassesOnWholeLines) {
+  options_.launcher = {"sh", "-c", "sed -u '' | \"$0\" \"$@\" | sed -u ''"};
+  const Told told = RunAll(Jobs(someRows));
+  for (const std::string& row : someRows) EXPECT_EQ(DetailOf(told.Only(row)), "");
 }
 
 TEST_F(Pool, LetsWhatTheListenerThrowsOut) {
