@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <string_view>
 #include <vector>
 
 namespace diagnosis {
@@ -40,7 +41,11 @@ Alternatives Operand(float x, const FloatMode& mode) {
 
 void AddResult(RightAnswers& answers, float x, bool isTiny, const FloatMode& mode) {
   if (std::isnan(x)) return answers.AddAnyNan();
-  for (const float value : Alternatives(x, mode.results, isTiny)) answers.Add(value);
+  const std::int64_t ulps = mode.unsafeMath ? ulpsOfUnsafeMath : 0;
+  for (const float value : Alternatives(x, mode.results, isTiny)) {
+    answers.Add({value, PlaceOf(value) - ulps, PlaceOf(value) + ulps});
+    if (value == 0.0F && !mode.signedZeros) answers.Add(-value);
+  }
 }
 
 /// A natural number of any size, the lowest 32 bits first.
@@ -140,14 +145,28 @@ HostRounding::HostRounding(Rounding rounding) : before_(std::fegetround()) {
 
 HostRounding::~HostRounding() { std::fesetround(before_); }
 
-FloatMode ModeOf(const Device& device) {
+FloatMode ModeOf(const Device& device, std::string_view buildOptions) {
   const cl_device_fp_config config = device.singleFpConfig;
   const Rounding rounding = config != 0 && (config & CL_FP_ROUND_TO_NEAREST) == 0
                                 ? Rounding::towardZero
                                 : Rounding::toNearest;
   const Denormals denormals =
       (config & CL_FP_DENORM) != 0 ? Denormals::kept : Denormals::mayBeFlushed;
-  return {rounding, rounding, denormals, denormals};
+  FloatMode mode{rounding, rounding, denormals, denormals};
+  constexpr std::string_view blanks = " \t\n";
+  while (!buildOptions.empty()) {
+    const std::size_t end = std::min(buildOptions.find_first_of(blanks), buildOptions.size());
+    const std::string_view option = buildOptions.substr(0, end);
+    buildOptions.remove_prefix(std::min(end + 1, buildOptions.size()));
+    const bool isRelaxed = option == "-cl-fast-relaxed-math";
+    const bool isUnsafe = isRelaxed || option == "-cl-unsafe-math-optimizations";
+    if (isUnsafe || option == "-cl-denorms-are-zero")
+      mode.operands = mode.results = Denormals::mayBeFlushed;
+    if (isUnsafe || option == "-cl-no-signed-zeros") mode.signedZeros = false;
+    if (isRelaxed || option == "-cl-finite-math-only") mode.nonFinite = false;
+    if (isUnsafe) mode.unsafeMath = true;
+  }
+  return mode;
 }
 
 std::int64_t PlaceOf(float x) {
@@ -173,6 +192,13 @@ RightAnswers RightAnswers::AnyNan() {
   return answers;
 }
 
+RightAnswers RightAnswers::Anything() {
+  RightAnswers answers = AnyNan();
+  for (const float zero : {0.0F, -0.0F}) answers.Add({zero, -placeOfInfinity, placeOfInfinity});
+  answers.anything_ = true;
+  return answers;
+}
+
 void RightAnswers::Add(float value) { Add({value, PlaceOf(value), PlaceOf(value)}); }
 
 void RightAnswers::Add(const RightAnswer& answer) {
@@ -194,6 +220,7 @@ bool RightAnswers::Allow(float answer) const {
 }
 
 float RightAnswers::NearestTo(float answer) const {
+  if (anything_) return answer;
   if (count_ == 0) return nan;
   float nearest = floats_[0].value;
   if (std::isnan(answer)) return nearest;
@@ -288,16 +315,22 @@ RightAnswers RightAnswersOf(Operation operation, float a, float b, int exponent,
         }
         break;
       case Operation::power: {
-        const RightAnswers powers = Power(x, exponent, mode.arithmetic, ulpsOfPower);
+        const int ulps = mode.unsafeMath ? ulpsOfUnsafeMath : ulpsOfPower;
+        const RightAnswers powers = Power(x, exponent, mode.arithmetic, ulps);
         if (powers.HaveAnyNan()) answers.AddAnyNan();
         for (const RightAnswer& power : powers.Floats()) {
           if (!IsDenormal(power.value) || mode.results != Denormals::flushed) answers.Add(power);
           if (IsDenormal(power.value)) AddResult(answers, power.value, true, mode);
+          if (power.value == 0.0F && !mode.signedZeros) answers.Add(-power.value);
         }
         break;
       }
     }
   }
+  const auto isNonFinite = [](const RightAnswer& answer) { return !std::isfinite(answer.value); };
+  const bool anyNonFinite = !std::isfinite(b) || answers.HaveAnyNan() ||
+                            std::ranges::any_of(answers.Floats(), isNonFinite);
+  if (anyNonFinite && !mode.nonFinite) return RightAnswers::Anything();
   return answers;
 }
 

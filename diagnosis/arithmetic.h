@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "diagnosis/record.h"
 #include "kernels/matrix.h"
@@ -36,13 +37,19 @@ struct FloatMode {
   Rounding arithmetic = Rounding::toNearest;  // of a sum or a product
   Denormals operands = Denormals::kept;
   Denormals results = Denormals::kept;
+  bool signedZeros = true;  // if not, a zero may have either sign
+  bool nonFinite = true;    // if not, where one goes in or comes out anything is right
+  bool unsafeMath = false;  // the rules of accuracy may be broken
   bool operator==(const FloatMode&) const = default;
 };
 
 /// The mode that a device has by what it reports: it rounds toward zero only if it does not report
 /// that it rounds to nearest, and may flush only if it does not report denormals. A device whose
-/// report is not to be had is held to what every full profile has.
-FloatMode ModeOf(const Device& device);
+/// report is not to be had is held to what every full profile has. Build options may permit more:
+/// -cl-denorms-are-zero a flush, -cl-no-signed-zeros and -cl-finite-math-only what they say,
+/// -cl-unsafe-math-optimizations a flush, zeros of either sign and whatever accuracy, and
+/// -cl-fast-relaxed-math all of these.
+FloatMode ModeOf(const Device& device, std::string_view buildOptions);
 
 /// The place of `x` on the line of all floats in ascending order, neighbours one apart. Both zeros
 /// are at 0; NaNs have no place.
@@ -69,6 +76,8 @@ class RightAnswers {
  public:
   /// Nothing but NaNs, of whatever bits.
   static RightAnswers AnyNan();
+  /// Whatever there is.
+  static RightAnswers Anything();
 
   /// That one float; one of these bits is added once.
   void Add(float value);
@@ -82,13 +91,14 @@ class RightAnswers {
   /// Whether `answer` is right. The sign of a zero counts.
   bool Allow(float answer) const;
   /// The right answer with the smallest distance from `answer`; the first one, or a NaN, if none
-  /// has a distance.
+  /// has a distance; itself, if anything is right.
   float NearestTo(float answer) const;
 
  private:
   std::array<RightAnswer, 8> floats_{};
   std::size_t count_ = 0;
   bool anyNan_ = false;
+  bool anything_ = false;
 };
 
 /// `x` as a float, correctly rounded.
@@ -106,6 +116,10 @@ RightAnswers Power(float x, int exponent, Rounding rounding, int ulps);
 
 /// OpenCL's bound for pow.
 inline constexpr int ulpsOfPower = 16;
+
+/// OpenCL sets no bound to an operation where unsafe optimizations are asked for. What lies farther
+/// off than its loosest functions, those on half of the digits, is no optimization any more.
+inline constexpr int ulpsOfUnsafeMath = 8192;
 
 /// The right answers of an operation on operands that were converted already: `b` counts in add
 /// and multiply, `exponent` in power. A single operation leaves a compiler nothing to contract.

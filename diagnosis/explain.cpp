@@ -77,6 +77,7 @@ std::string LaneOf(const Row& row, std::string_view member, int lane) {
 struct Place {
   const Row& row;
   const Device& device;
+  const FloatMode& mode;  // of the device under the row's build options
   const Repetition& repetition;
   int number;  // of the repetition, from 1
   int element;
@@ -90,7 +91,7 @@ struct Place {
   float Answer() const { return FloatLane(Of(repetition.result), lane); }
   int Exponent() const { return ExponentOf(row, element, lane); }
   Place At(int otherElement, int otherLane) const {
-    return {row, device, repetition, number, otherElement, otherLane};
+    return {row, device, mode, repetition, number, otherElement, otherLane};
   }
 };
 
@@ -242,7 +243,7 @@ std::string SuiteRuleOn(const Place& place) {
 }
 
 std::string OpenClRuleOn(const Place& place) {
-  const FloatMode mode = ModeOf(place.device);
+  const FloatMode& mode = place.mode;
   const Row& row = place.row;
   const RightAnswers answers =
       RightAnswersOf(row, place.repetition, place.element, place.lane, mode);
@@ -266,24 +267,31 @@ std::string OpenClRuleOn(const Place& place) {
   switch (row.operation) {
     case Operation::copy:
     case Operation::floor:
+      if (mode.unsafeMath) break;
       text += fmt::format("; a conversion is correctly rounded, here {}", WordsOf(mode.conversion));
       break;
     case Operation::add:
     case Operation::multiply:
+      if (mode.unsafeMath) break;
       text += fmt::format("; conversion and {} are correctly rounded, here {}",
                           row.operation == Operation::add ? "sum" : "product",
                           WordsOf(mode.arithmetic));
       break;
     case Operation::power:
+      if (mode.unsafeMath) break;
       text += fmt::format("; pow is within {} units in the last place of the exact result",
                           ulpsOfPower);
       break;
   }
-  if (isDenormal) {
-    text += mode.results == Denormals::kept
-                ? "; the device reports CL_FP_DENORM, so nothing may be flushed"
-                : "; the device does not report CL_FP_DENORM, so a denormal may become a zero of "
-                  "either sign";
+  if (mode.unsafeMath)
+    text += "; with the build options of this run, OpenCL sets no bound to an error";
+  if (isDenormal && mode.results == Denormals::kept) {
+    text += "; the device reports CL_FP_DENORM, so nothing may be flushed";
+  } else if (isDenormal) {
+    const bool reported = (place.device.singleFpConfig & CL_FP_DENORM) != 0;
+    text += fmt::format(
+        "; {}, so a denormal may become a zero of either sign",
+        reported ? "the build options permit it" : "the device does not report CL_FP_DENORM");
   }
   return text;
 }
@@ -321,7 +329,7 @@ Stores StoresInto(const Place& place, const Bytes& input, std::string_view eleme
 WrongLane WrongLaneAt(const Place& place) {
   const float answer = place.Answer();
   const float right =
-      RightAnswersOf(place.row, place.repetition, place.element, place.lane, ModeOf(place.device))
+      RightAnswersOf(place.row, place.repetition, place.element, place.lane, place.mode)
           .NearestTo(answer);
   std::optional<std::uint64_t> ulps;
   if (!std::isnan(answer) && !std::isnan(right)) ulps = UlpsBetween(answer, right);
@@ -375,12 +383,12 @@ std::string WhereOf(int repetition, int element, int lane) {
 
 /// The lanes to be told of: those that are wrong, or where none is, those that the suite rejects.
 std::vector<Place> LanesToExplain(const Row& row, const Record& record, const Device& device,
-                                  const Opinion& opinion, Kind kind) {
+                                  const FloatMode& mode, const Opinion& opinion, Kind kind) {
   std::vector<Place> lanes;
   for (const WrongLane& wrong : opinion.wrong) {
     const auto repetition = static_cast<std::size_t>(wrong.repetition) - 1;
-    lanes.push_back(
-        {row, device, record.repetitions[repetition], wrong.repetition, wrong.element, wrong.lane});
+    lanes.push_back({row, device, mode, record.repetitions[repetition], wrong.repetition,
+                     wrong.element, wrong.lane});
   }
   if (kind != Kind::failedRight) return lanes;
   int number = 0;
@@ -389,7 +397,7 @@ std::vector<Place> LanesToExplain(const Row& row, const Record& record, const De
     if (!IsSeen(row, repetition) || !FoundMismatch(repetition)) continue;
     for (int element = 0; element < elementsOfRow; ++element) {
       for (int lane = 0; lane < row.lanes; ++lane) {
-        const Place place{row, device, repetition, number, element, lane};
+        const Place place{row, device, mode, repetition, number, element, lane};
         if (RuleOn(place).rejects) lanes.push_back(place);
       }
     }
@@ -451,8 +459,9 @@ Explanation Explain(const Record& record, const Device& device, const Suspects& 
   explanation.notes = NotesOn(record, status);
 
   if (const std::optional<Row> row = RowNamed(record.row)) {
+    const FloatMode mode = ModeOf(device, record.buildOptions);
     const std::vector<Place> lanes =
-        LanesToExplain(*row, record, device, explanation.opinion, explanation.kind);
+        LanesToExplain(*row, record, device, mode, explanation.opinion, explanation.kind);
     for (const Place& place : lanes) {
       if (explanation.first.empty()) {
         explanation.first.push_back(ExplainLane(place));

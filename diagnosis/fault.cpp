@@ -589,7 +589,7 @@ std::optional<Fault> Both(const Fault& one, const Fault& other) {
 
 RowData::RowData(const Row& theRow, const Record& record, const Device& device,
                  const Opinion& opinion)
-    : row(theRow), mode(ModeOf(device)) {
+    : row(theRow), mode(ModeOf(device, record.buildOptions)) {
   const std::size_t size = row.stride * elementsOfRow;
   const auto joined = [](const Bytes& elements, const Bytes& behind) {
     Bytes all = elements;

@@ -44,7 +44,7 @@ Opinion OpinionOf(const Record& record, const Device& device) {
   Opinion opinion;
   const std::optional<Row> row = RowNamed(record.row);
   if (!row) return opinion;
-  const FloatMode mode = ModeOf(device);
+  const FloatMode mode = ModeOf(device, record.buildOptions);
   int number = 0;
   for (const Repetition& repetition : record.repetitions) {
     ++number;

@@ -408,7 +408,8 @@ std::string ReproducerOf(const Record& record, const Device& device, const Suspe
   for (int element = 0; element < elementsOfRow; ++element) {
     for (int lane = 0; lane < row->lanes; ++lane) {
       right += RightLines(element, lane,
-                          RightAnswersOf(*row, chosen.repetition, element, lane, ModeOf(device)));
+                          RightAnswersOf(*row, chosen.repetition, element, lane,
+                                         ModeOf(device, record.buildOptions)));
     }
   }
 

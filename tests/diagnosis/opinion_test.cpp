@@ -81,6 +81,7 @@ struct Worked {
   };
   std::vector<Wrong> wrong;
   int element = 0;  // the exponent
+  const char* buildOptions = "";
 };
 
 constexpr char copyInt[] = "copy_union_scalar_1";
@@ -88,6 +89,13 @@ constexpr char addInt[] = "add_union_scalar_1";
 constexpr char multiplyInt[] = "multiply_union_scalar_1";
 constexpr char floorInt[] = "floor_union_scalar_1";
 constexpr char powerInt[] = "power_union_scalar_1";
+
+constexpr char flushing[] = "-cl-std=CL1.2 -cl-denorms-are-zero";
+constexpr char noFlushing[] = "-DOPTION=-cl-denorms-are-zero -cl-mad-enable";
+constexpr char noSigns[] = "-cl-no-signed-zeros";
+constexpr char finite[] = "-cl-finite-math-only";
+constexpr char unsafeMath[] = "-cl-unsafe-math-optimizations";
+constexpr char relaxed[] = "-cl-fast-relaxed-math -w";
 
 const Worked cases[] = {
     // Conversions: exact, a tie to the even side, ties the other way, each kind of integer.
@@ -130,6 +138,28 @@ const Worked cases[] = {
     {multiplyInt, flushes, 2, 0x007FFFFF, {0x00FFFFFE, zero, negativeZero}, {{0x00FFFFFF, 1}}},
     {multiplyInt, flushes, 16777217, 0x7F000000, {infinity}, {{largest, 1}}},
 
+    // What build options permit on a device that keeps denormals: a flush, ...
+    {addInt, keeps, 0, 5, {5, zero, negativeZero}, {{6, 1}, {0x80000005, 5}}, 0, flushing},
+    {addInt, keeps, 0, 5, {5}, {{zero, 5}}, 0, noFlushing},
+    {multiplyInt, keeps, 0xFFFFFFFD, 0x80000001, {3, zero, negativeZero}, {{2, 1}}, 0, flushing},
+    {addInt, keeps, 0, 0x00800000, {0x00800000}, {{zero, 0x00800000}}, 0, flushing},
+    {addInt, keeps, 16777216, 0x40400000, {0x4B800002}, {{0x4B800001, 1}}, 0, flushing},
+    {copyInt, keeps, 0, 0, {zero}, {{negativeZero, 0}}, 0, flushing},
+    // ... zeros of either sign, anything where not all is finite, ...
+    {copyInt, keeps, 0, 0, {zero, negativeZero}, {{1, 1}}, 0, noSigns},
+    {powerInt, keeps, 0, 0, {zero, negativeZero}, {{one, one}}, 3, noSigns},
+    {addInt, keeps, 0, 5, {5}, {{zero, 5}}, 0, noSigns},
+    {addInt, keeps, 5, infinity, {infinity, zero, one, nan}, {}, 0, finite},
+    {multiplyInt, keeps, 2, largest, {infinity, largest, nan}, {}, 0, finite},
+    {multiplyInt, keeps, 2, one, {0x40000000}, {{0x40000001, 1}, {nan, nullopt}}, 0, finite},
+    // ... and a greater error, as long as it is one.
+    {addInt, keeps, 1, one, {0x40000000, 0x40002000}, {{0x40002001, 8193}}, 0, unsafeMath},
+    {addInt, keeps, 5, infinity, {infinity}, {{one, 0x40000000}}, 0, unsafeMath},
+    {addInt, keeps, 0, 5, {5, zero, negativeZero}, {{one, 0x3F7FFFFB}}, 0, relaxed},
+    {addInt, keeps, 5, infinity, {infinity, one}, {}, 0, relaxed},
+    {multiplyInt, keeps, 3, one, {0x40400001}, {{0xC0400000, 0x80800000}}, 0, relaxed},
+    {powerInt, keeps, 3, 0, {0x41100000, 0x41102000}, {{0x41102001, 8193}}, 2, relaxed},
+
     // Products.
     {multiplyInt, keeps, 3, 0x40400000, {0x41100000}, {{0xC1100000, 0x82200000}}},
     {multiplyInt, keeps, 0xFFFFFFFF, zero, {negativeZero}, {{zero, 0}}},
@@ -171,11 +201,13 @@ TEST(Opinion, AgreesWithWorkedAnswers) {
       Put(repetition.inputA, at, worked.a);
       if (row.twoInputs) Put(repetition.inputB, at, worked.b);
       Put(repetition.result, at, answer);
-      return OpinionOf(RecordOf(worked.row, {repetition}), DeviceWith(worked.config));
+      Record record = RecordOf(worked.row, {repetition});
+      record.buildOptions = worked.buildOptions;
+      return OpinionOf(record, DeviceWith(worked.config));
     };
     const auto what = [&](std::uint32_t answer) {
-      return testing::Message() << std::hex << worked.row << " of 0x" << worked.a << ", 0x"
-                                << worked.b << ": 0x" << answer;
+      return testing::Message() << std::hex << worked.row << ' ' << worked.buildOptions << " of 0x"
+                                << worked.a << ", 0x" << worked.b << ": 0x" << answer;
     };
     for (const std::uint32_t answer : worked.right) {
       SCOPED_TRACE(what(answer));
