@@ -53,12 +53,7 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 integers and floats as bytes, nothing else. union_suite holds 210 tests
 of it; union_triage runs each of them alone, accounts for every one, and
 explains what a device does wrong.")
-if(CMAKE_CROSSCOMPILING)
-  # The machine's own package database does not know the target's libraries.
-  set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_SOURCE_DIR}/scripts/package-depends.cmake)
-  set(CPACK_AARCH64_ROOT ${AARCH64_ROOT})
-  set(CPACK_BINARIES ${CMAKE_BINARY_DIR})
-else()
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-endif()
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_SOURCE_DIR}/scripts/package-depends.cmake)
+set(CPACK_AARCH64_ROOT ${AARCH64_ROOT})
+set(CPACK_BINARIES ${CMAKE_BINARY_DIR})
 include(CPack)
