@@ -108,12 +108,15 @@ int main(void) {
     size += (size_t)sprintf(source + size, "%s%*s\n", lines[i].text, lines[i].blanks, "");
   for (i = 0; i < inputCount; ++i) memcpy(bytes[i], inputs[i], sizeof inputs[i]);
 
-  /* The first platform that has a GPU: a processor's driver may stand before it. */
+  /* The first platform that has a GPU: a processor's driver may stand before it. Where none has, a
+     layer had presented another device as one: the first that there is. */
   Check(clGetPlatformIDs(16, platforms, &platformCount), "clGetPlatformIDs");
+  if (platformCount > 16) platformCount = 16;
   code = CL_DEVICE_NOT_FOUND;
-  for (i = 0; code == CL_DEVICE_NOT_FOUND && i < 16 && i < (int)platformCount; ++i) {
-    properties[1] = (cl_context_properties)platforms[i];
-    context = clCreateContextFromType(properties, CL_DEVICE_TYPE_GPU, NULL, NULL, &code);
+  for (i = 0; code == CL_DEVICE_NOT_FOUND && i < 2 * (int)platformCount; ++i) {
+    const cl_device_type type = i < (int)platformCount ? CL_DEVICE_TYPE_GPU : CL_DEVICE_TYPE_ALL;
+    properties[1] = (cl_context_properties)platforms[i % (int)platformCount];
+    context = clCreateContextFromType(properties, type, NULL, NULL, &code);
   }
   Check(code, "clCreateContextFromType");
   Check(clGetContextInfo(context, CL_CONTEXT_DEVICES, sizeof devices, devices, &size),

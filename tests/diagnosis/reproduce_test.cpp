@@ -162,6 +162,7 @@ TEST_F(Reproduce, HandsOverTheTextAndMakesTheSuitesCallsInTheirOrder) {
         Shell("SCRIPTED_TEXT='" + Path("text") + "' '" + Path("row") + "' | grep '^>'").output,
         calls);
     EXPECT_EQ(ReadFile(folder_ / "text"), rehearsed->source);
+    EXPECT_EQ(Run("SCRIPTED_PROCESSOR=1").output, Run().output);
     const std::string output = Run().output;
     EXPECT_NE(output.find("kernel: " + rehearsed->kernel + "\n"), std::string::npos);
     EXPECT_NE(output.find("local size: 64\n"), std::string::npos);

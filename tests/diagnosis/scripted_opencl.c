@@ -1,7 +1,8 @@
 /* An OpenCL for reproducers. It writes the name of each call on standard output as a line of its
  * own, "> NAME", and the program's text into the file that SCRIPTED_TEXT names. The call that
  * SCRIPTED_FAILURE names fails with -5. A read gives the bytes of the file that SCRIPTED_ANSWERS
- * names, and zeros behind them. */
+ * names, and zeros behind them. The first platform has no device, the second a GPU, or a processor if
+ * SCRIPTED_PROCESSOR is set. */
 
 #define CL_TARGET_OPENCL_VERSION 120
 #include <CL/cl.h>
@@ -10,7 +11,7 @@
 #include <string.h>
 
 static int object;
-static int noGpu;
+static int noDevice;
 
 static cl_int Called(const char* name) {
   const char* failure = getenv("SCRIPTED_FAILURE");
@@ -25,7 +26,7 @@ static void* Made(const char* name, cl_int* error) {
 
 cl_int clGetPlatformIDs(cl_uint wanted, cl_platform_id* platforms, cl_uint* count) {
   if (wanted < 2) abort();
-  platforms[0] = (cl_platform_id)(void*)&noGpu;
+  platforms[0] = (cl_platform_id)(void*)&noDevice;
   platforms[1] = (cl_platform_id)(void*)&object;
   *count = 2;
   return Called("clGetPlatformIDs");
@@ -35,12 +36,15 @@ cl_context clCreateContextFromType(const cl_context_properties* properties, cl_d
                                    void(CL_CALLBACK* notify)(const char*, const void*, size_t,
                                                              void*),
                                    void* data, cl_int* error) {
+  const int processor = getenv("SCRIPTED_PROCESSOR") != NULL;
   (void)notify, (void)data;
-  if (properties[1] == (cl_context_properties)&noGpu) {
+  if (properties[1] == (cl_context_properties)&noDevice ||
+      (processor && type == CL_DEVICE_TYPE_GPU)) {
     *error = CL_DEVICE_NOT_FOUND;
     return NULL;
   }
-  if (properties[1] != (cl_context_properties)&object || type != CL_DEVICE_TYPE_GPU) abort();
+  if (properties[1] != (cl_context_properties)&object) abort();
+  if (type != (processor ? CL_DEVICE_TYPE_ALL : CL_DEVICE_TYPE_GPU)) abort();
   return Made("clCreateContextFromType", error);
 }
 
