@@ -92,7 +92,7 @@ int Main(int argc, char** argv) {
     fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
     return 2;
   } catch (const NoDevice& refusal) {
-    fmt::print(stderr, "triage: {}\n", refusal.what());
+    fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
     return 3;
   } catch (const std::exception& error) {
     fmt::print(stderr, "triage: {}\n", PrintableLine(error.what(), 1000));

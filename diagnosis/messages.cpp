@@ -66,7 +66,9 @@ json ToJson(const Device& device) {
           {"singleFpConfig", device.singleFpConfig}};
 }
 
-json ToJson(const NoDevice&) { return {{"kind", "noDevice"}}; }
+json ToJson(const NoDevice& noDevice) {
+  return {{"kind", "noDevice"}, {"reason", Binary(noDevice.reason)}};
+}
 
 json ToJson(const NoRunner& noRunner) {
   return {{"kind", "noRunner"}, {"reason", Binary(noRunner.reason)}};
@@ -141,7 +143,7 @@ Order OrderFrom(std::string_view bytes) {
 Answer AnswerFrom(std::string_view bytes) {
   return From(bytes, [](const json& message, const std::string& kind) -> Answer {
     if (kind == "device") return DeviceFrom(message);
-    if (kind == "noDevice") return NoDevice{};
+    if (kind == "noDevice") return NoDevice{.reason = Text(message.at("reason"))};
     if (kind == "noRunner") return NoRunner{.reason = Text(message.at("reason"))};
     if (kind == "ended") return EndedFrom(message);
     throw std::runtime_error("an answer of an unknown kind");

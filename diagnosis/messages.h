@@ -29,9 +29,11 @@ struct Task {
   bool freshRunner = false;  // not in a process that has run rows
 };
 
-/// A worker's answers: the device, which comes first; that there is no GPU device, that no process
-/// can be had to run rows in, which come in its place or a row's; what became of a row.
-struct NoDevice {};
+/// A worker's answers: the device, which comes first; why there is none as it is wanted, or that no
+/// process can be had to run rows in, which come in its place or a row's; what became of a row.
+struct NoDevice {
+  std::string reason;
+};
 struct NoRunner {
   std::string reason;
 };

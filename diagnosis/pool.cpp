@@ -53,7 +53,7 @@ std::string_view LastLine(std::string_view text) {
 class WorkersPool {
  public:
   virtual void CameUp(std::size_t slot, const Device& device) = 0;
-  virtual void SawNoDevice(std::size_t slot) = 0;
+  virtual void SawNoDevice(const std::string& reason) = 0;
   virtual void Ended(std::size_t slot, const Pending& pending, Ended ended) = 0;
   // The worker is gone for good, and may be deleted.
   virtual void Gone(std::size_t slot) = 0;
@@ -232,9 +232,9 @@ class Worker {
     pool_.CameUp(slot_, device);
   }
 
-  void Take(const NoDevice&) {
-    noRunner_ = "there is no GPU device";
-    pool_.SawNoDevice(slot_);
+  void Take(const NoDevice& noDevice) {
+    noRunner_ = noDevice.reason;
+    pool_.SawNoDevice(noRunner_);
     Finish(millisecondsToStop);
   }
 
@@ -372,8 +372,10 @@ class Pool final : public WorkersPool {
     GiveWork(slot);
   }
 
-  void SawNoDevice(std::size_t) override {
-    if (!sawDevice_) Stop(PoolEnd::noDevice, "there is no GPU device");
+  void SawNoDevice(const std::string& reason) override {
+    if (sawDevice_ || !stopped_.empty()) return;
+    Tell(listener_.noDevice, reason);
+    Stop(PoolEnd::noDevice, reason);
   }
 
   void GiveWork(std::size_t slot) {

@@ -32,10 +32,11 @@ struct PoolOptions {
 
 /// What is told of a run while it lasts, all on the caller's thread.
 struct PoolListener {
-  std::function<void(const Device&)> device;      // once, before the first row
-  std::function<void(const Job&)> started;        // before the worker is told to
-  std::function<void(const Job&, Record)> ended;  // once for every job, in the order they end
-  std::function<void()> tick;                     // every second, whatever happens
+  std::function<void(const Device&)> device;         // once, before the first row
+  std::function<void(const Job&)> started;           // before the worker is told to
+  std::function<void(const Job&, Record)> ended;     // once for every job, in the order they end
+  std::function<void()> tick;                        // every second, whatever happens
+  std::function<void(const std::string&)> noDevice;  // why there is none: the run ends so
 };
 
 /// How a run of jobs ended.

@@ -25,15 +25,14 @@ Run ReadOrRefuse(const std::string& folder) {
 
 }  // namespace
 
-NoDevice::NoDevice()
-    : std::runtime_error("the first OpenCL platform has no GPU device, or there is none") {}
-
 Run RunNow(const std::vector<Job>& jobs, const PoolOptions& options) {
   Run run;
   run.records.resize(jobs.size());
   std::vector<bool> isIn(jobs.size());
   PoolListener listener;
   listener.device = [&run](const Device& device) { run.info.device = device; };
+  std::string noDevice;
+  listener.noDevice = [&noDevice](const std::string& reason) { noDevice = reason; };
   listener.started = [](const Job&) {};
   listener.ended = [&](const Job& ended, Record record) {
     for (std::size_t i = 0; i < jobs.size(); ++i) {
@@ -45,7 +44,7 @@ Run RunNow(const std::vector<Job>& jobs, const PoolOptions& options) {
   };
   switch (RunJobs(jobs, options, listener)) {
     case PoolEnd::noDevice:
-      throw NoDevice();
+      throw NoDevice(noDevice);
     case PoolEnd::interrupted:
       throw std::runtime_error("interrupted");
     case PoolEnd::finished:

@@ -9,10 +9,10 @@
 
 namespace diagnosis {
 
-/// There is no GPU device to run rows on. The program says so in this one line, and ends with 3.
+/// There is no GPU device to run rows on. The program says why in one line, and ends with 3.
 class NoDevice : public std::runtime_error {
  public:
-  NoDevice();
+  using std::runtime_error::runtime_error;
 };
 
 /// Runs jobs for a view that wants their records and nothing else, in the jobs' order. Throws

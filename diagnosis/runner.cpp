@@ -15,6 +15,7 @@
 #include "diagnosis/observer.h"
 #include "harness/driver.h"
 #include "harness/rows.h"
+#include "layers/not_taken.h"
 
 namespace diagnosis {
 namespace {
@@ -27,6 +28,16 @@ std::string Text(cl_int (*query)(Object, cl_uint, size_t, void*, size_t*), Objec
   if (query(object, name, text.size(), text.data(), nullptr) != CL_SUCCESS) return "";
   text.resize(strnlen(text.c_str(), text.size()));
   return text;
+}
+
+// Why the device that the user means cannot be had, where there is one or is not; else empty.
+std::string NoDeviceBecause(bool isThere, const std::string& layers) {
+  cl_platform_id platform = nullptr;
+  if (clGetPlatformIDs(1, &platform, nullptr) == CL_SUCCESS) {
+    const std::string layer = layer::NotTaken(layers);
+    if (!layer.empty()) return "the OpenCL loader did not take the layer " + layer;
+  }
+  return isThere ? "" : "the first OpenCL platform has no GPU device, or there is none";
 }
 
 Device FirstGpu() {
@@ -78,12 +89,12 @@ std::string_view RunnerMemory::Message() const {
 }
 
 void RunnerMain(RunnerMemory& memory, int wake) noexcept {
-  if (MatchHostToDevice()) {
-    memory.SetMessage(Packed(Answer(FirstGpu())));
-    memory.state = RunnerMemory::State::ready;
-  } else {
-    memory.state = RunnerMemory::State::noDevice;
-  }
+  // A copy: the loader takes the variable's own text to pieces.
+  const char* const names = std::getenv("OPENCL_LAYERS");
+  const std::string layers(names != nullptr ? names : "");
+  const std::string noDevice = NoDeviceBecause(MatchHostToDevice(), layers);
+  memory.SetMessage(noDevice.empty() ? Packed(Answer(FirstGpu())) : noDevice);
+  memory.state = noDevice.empty() ? RunnerMemory::State::ready : RunnerMemory::State::noDevice;
   while (WakeWorker(wake)) {
     while (memory.done == memory.asked) {
       if (!Wait(wake)) std::exit(0);

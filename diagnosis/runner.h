@@ -20,7 +20,8 @@ struct RunnerMemory {
   std::atomic<std::uint32_t> begun;  // the last of them that the runner has taken up
   std::atomic<std::uint32_t> done;   // and that has ended
 
-  /// The Device, when the runner is ready; then the Task that it is asked to do.
+  /// The Device, when the runner is ready, or why there is none; then the Task that it is asked to
+  /// do.
   void SetMessage(std::string_view bytes);
   std::string_view Message() const;
 

@@ -134,7 +134,7 @@ class Worker {
       const std::optional<std::string> failure = Start();
       if (!failure) return true;
       if (memory_->state == RunnerMemory::State::noDevice && !sawDevice_) {
-        Say(Answer(NoDevice{}));
+        Say(Answer(NoDevice{std::string(memory_->Message())}));
         return false;
       }
       if (start == startsBeforeGivingUp) {

@@ -55,7 +55,7 @@ find_gpu() {
     ask || status=$?
     case $status in
       0) return ;;
-      2) fail "$answer" ;;
+      2) fail "$answer" "$no_device" ;;
       3)
         [[ $driver != "$asked" ]] || fail "the driver $driver $answer"
         say "the driver $driver $answer: going on without it"
@@ -83,10 +83,10 @@ use_simulated_gpu() {
   stand_before simulated_gpu
   ask || status=$?
   case $status in
-    1) fail "the simulated GPU cannot start: $answer with its driver $simulated_driver" ;;
-    2) fail "the simulated GPU cannot start: $answer" ;;
-    3) fail "the simulated GPU cannot start: its driver $simulated_driver $answer" ;;
+    1) answer+=" with its driver $simulated_driver" ;;
+    3) answer="its driver $simulated_driver $answer" ;;
   esac
+  [[ $status -eq 0 ]] || fail "the simulated GPU cannot start: $answer" "$no_device"
   say "on the simulated GPU, denormals $([[ -n $keep_denormals ]] && echo kept || echo flushed)"
 }
 

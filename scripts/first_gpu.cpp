@@ -7,15 +7,15 @@
 // A driver can end the process that loads it with any status. Then there is no line.
 
 #include <CL/cl.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
-#include <sstream>
 #include <string>
+
+#include "layers/not_taken.h"
 
 namespace {
 
@@ -62,15 +62,13 @@ int main() {
 
   // A copy: the loader takes the variable's own text to pieces.
   const char* names = std::getenv("OPENCL_LAYERS");
-  std::istringstream layers(names != nullptr ? names : "");
+  const std::string layers(names != nullptr ? names : "");
 
   cl_platform_id platform = nullptr;
   if (clGetPlatformIDs(1, &platform, nullptr) != CL_SUCCESS) Answer(1, "no OpenCL platform");
 
-  // The loader goes on in silence without a layer that it cannot take, or any if it knows none.
-  for (std::string layer; std::getline(layers, layer, ':');)
-    if (!layer.empty() && dlopen(layer.c_str(), RTLD_LAZY | RTLD_NOLOAD) == nullptr)
-      Answer(2, "the OpenCL loader did not take the layer " + layer);
+  if (const std::string layer = layer::NotTaken(layers); !layer.empty())
+    Answer(2, "the OpenCL loader did not take the layer " + layer);
 
   cl_device_id device = nullptr;
   if (clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 1, &device, nullptr) != CL_SUCCESS)

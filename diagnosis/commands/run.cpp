@@ -181,6 +181,7 @@ class TriageRun {
       Report([&row](Reporter& reporter) { reporter.Started(row); });
     };
     listener.ended = std::move(ended);
+    listener.noDevice = [this](const std::string& reason) { noDevice_ = reason; };
     listener.tick = [this] { Report([](Reporter& reporter) { reporter.Tick(); }); };
     return listener;
   }
@@ -241,7 +242,7 @@ class TriageRun {
     info_.end = Now();
     Write([this](ResultsFolder& folder) { folder.Finish(records_, account_, info_.end); });
     if (end == PoolEnd::noDevice) {
-      fmt::print(stderr, "triage: the first OpenCL platform has no GPU device, or there is none\n");
+      fmt::print(stderr, "triage: {}\n", PrintableLine(noDevice_, 1000));
       return 3;
     }
     std::string remarks;
@@ -274,6 +275,7 @@ class TriageRun {
 
   bool hasBegun_ = false;
   bool isSilent_ = false;
+  std::string noDevice_;               // why there is none, if there is none
   std::vector<Record> early_;          // ended before the device was known
   std::vector<Record> records_;        // in the order in which they ended
   std::vector<AccountedRow> account_;  // of the same
