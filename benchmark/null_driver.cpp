@@ -1,10 +1,14 @@
 // An OpenCL driver that does nothing and says that it worked: what a run on it costs is the suite's
-// own. It has one platform with one GPU device, and every object that it gives out is the same.
+// own. It has one platform with one device, a GPU, and every object that it gives out is the same.
 
 #include <CL/cl_icd.h>
 
 #include <cstring>
 #include <string_view>
+
+#ifndef NULL_DEVICE_TYPE
+#define NULL_DEVICE_TYPE CL_DEVICE_TYPE_GPU
+#endif
 
 namespace {
 
@@ -54,8 +58,9 @@ cl_int CL_API_CALL GetPlatformInfo(cl_platform_id, cl_platform_info name, size_t
   return Answer(text.data(), text.size() + 1, size, value, returned);
 }
 
-cl_int CL_API_CALL GetDeviceIDs(cl_platform_id, cl_device_type, cl_uint wanted,
+cl_int CL_API_CALL GetDeviceIDs(cl_platform_id, cl_device_type type, cl_uint wanted,
                                 cl_device_id* devices, cl_uint* count) {
+  if ((type & NULL_DEVICE_TYPE) == 0) return CL_DEVICE_NOT_FOUND;
   return GiveOut(wanted, devices, count);
 }
 

@@ -16,6 +16,7 @@ __attribute__((constructor)) static void AtLoad() {
   for (;;) pause();
 #else
   std::puts("banner, or what looks like an answer");
+  std::fflush(stdout);
   std::fputs("banner\n", stderr);
 #endif
 }
