@@ -26,9 +26,10 @@ auto Parts(Fault& fault) {
       parts(fault.a), parts(fault.b),
       std::tie(fault.result.offset, fault.result.stride, fault.result.step, fault.resultWidth,
                fault.conversion, fault.conversionRounding, fault.arithmeticRounding,
-               fault.denormalOperands, fault.denormalResults, fault.formula, fault.change,
-               fault.amount, fault.repetitionsBefore, fault.lanes, fault.elements,
-               fault.unwrittenElements, fault.unwrittenLanes));
+               fault.denormalOperands, fault.denormalResults, fault.formula, fault.truncatedB,
+               fault.change, fault.amount, fault.changedElements, fault.changedLanes,
+               fault.repetitionsBefore, fault.lanes, fault.elements, fault.unwrittenElements,
+               fault.unwrittenLanes));
 }
 
 /// What a lane may hold.
@@ -100,7 +101,7 @@ std::optional<Operand> Read(const RowData& data, const Reading& reading, bool is
   std::uint64_t bits = 0;
   for (int n = 0; n < width; ++n) {
     const int byte = reading.reversed ? n : width - 1 - n;
-    bits = bits << 8 | bytes[static_cast<std::size_t>(at + byte)];
+    bits = bits << 8 | bytes[static_cast<std::size_t>(at) + static_cast<std::size_t>(byte)];
   }
   Operand operand;
   operand.isInteger = isInteger;
@@ -147,6 +148,10 @@ float Convert(const Operand& operand, Conversion conversion, Rounding rounding) 
       return Converted(std::clamp<std::int64_t>(x, 0, UINT8_MAX), rounding);
     case Conversion::leftOut:
       return std::bit_cast<float>(static_cast<std::uint32_t>(x));
+    case Conversion::complemented:
+      return Converted(-x - 1, rounding);
+    case Conversion::truth:
+      return x != 0 ? 1.0F : 0.0F;
     case Conversion::positive:
       return Converted(std::abs(x), rounding);
   }
@@ -164,6 +169,16 @@ RightAnswers InIntegers(Operation operation, std::int64_t a, std::int64_t b,
   return answers;
 }
 
+/// A sum or product of an integer that was not made a float.
+RightAnswers Unconverted(Operation operation, std::int64_t a, float b, const FloatMode& mode) {
+  const auto x = static_cast<long double>(a);
+  const auto y = static_cast<long double>(b);
+  const HostRounding host(mode.arithmetic);
+  const volatile long double wide = operation == Operation::add ? x + y : x * y;
+  const volatile auto rounded = static_cast<float>(wide);
+  return RightAnswersOf(Operation::copy, rounded, 0, 0, mode);
+}
+
 bool FitsInteger(float x) { return std::fabs(x) < 0x1p32F; }
 
 /// The bits of the integer in the place of `x`.
@@ -176,7 +191,7 @@ std::uint32_t IntegerBits(float x, Manner manner, bool rounded) {
       isLong ? static_cast<std::uint32_t>(static_cast<std::int64_t>(value)) : 0;
   switch (manner) {
     case Manner::intNearest:
-      return isInt ? bits : std::isnan(x) ? 0 : value < 0 ? 0x80000000 : 0x7FFFFFFF;
+      return isInt ? bits : value < 0 ? 0x80000000 : 0x7FFFFFFF;
     case Manner::intLowest:
       return isInt ? bits : 0x80000000;
     case Manner::uintNearest:
@@ -277,6 +292,11 @@ RightAnswers Apply(Change change, std::int64_t ulps, const RightAnswers& answers
   }
 }
 
+bool IsIn(std::uint32_t numbers, int number) {
+  constexpr int most = 32;
+  return number < most && (numbers >> number & 1U) != 0;
+}
+
 /// What a device of that fault gives in a lane of an element.
 Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetition, int element,
                    int lane) {
@@ -302,6 +322,7 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
     const auto operandB = Read(data, fault.b, false, source, item, sourceLane);
     if (!operandB) return {};
     b = Convert(*operandB, Conversion::own, mode.conversion);
+    if (fault.truncatedB) b = std::trunc(b);
     integerB = operandB->isInteger ? operandB->integer
                : FitsInteger(b)    ? static_cast<std::int64_t>(b)
                                    : 0;
@@ -336,6 +357,11 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
       answers = InIntegers(operation, operandA->integer, integerB, mode);
       computed = true;
       break;
+    case Formula::unconverted:
+      if (!operandA->isInteger) return {};
+      answers = Unconverted(operation, operandA->integer, b, mode);
+      computed = true;
+      break;
     case Formula::byLogarithm:
       if (a < 0 || (a == 0 && exponent == 0)) answers.AddAnyNan();
       computed = a < 0 && exponent != 0;
@@ -350,11 +376,15 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
     if (anyNan) answers.AddAnyNan();
   }
 
+  const bool isChanged = (fault.changedElements == 0 || IsIn(fault.changedElements, element)) &&
+                         (fault.changedLanes == 0 || IsIn(fault.changedLanes, lane));
+  if (!isChanged) return Prediction(answers);
   Prediction prediction(Apply(fault.change, fault.amount, answers));
   switch (fault.change) {
     case Change::bits:
       prediction.ForgetFloats();
       prediction.AddBits(static_cast<std::uint32_t>(fault.amount));
+      if (fault.amount == 0) prediction.AddBits(0x80000000U);
       break;
     case Change::reversed:
       prediction.Reverse();
@@ -369,8 +399,11 @@ Prediction Predict(const Fault& fault, const RowData& data, std::size_t repetiti
                                          fault.change == Change::integerRounded));
         }
       }
+      // What is not a number saturates to 0, or becomes what a processor gives, however it converts
+      // the others.
       if (answers.HaveAnyNan()) {
-        prediction.AddBits(IntegerBits(std::nanf(""), static_cast<Manner>(fault.amount), false));
+        for (const std::uint32_t bits : {0U, 0x80000000U, 0x7FFFFFFFU, 0xFFFFFFFFU})
+          prediction.AddBits(bits);
       }
       break;
     case Change::integerComputed: {
@@ -397,9 +430,7 @@ struct Writer {
 };
 
 bool Writes(const Fault& fault, int element, int lane) {
-  const bool elementKeeps =
-      element < elementsOfRow && (fault.unwrittenElements >> element & 1U) != 0;
-  return !elementKeeps && (fault.unwrittenLanes >> lane & 1U) == 0;
+  return !IsIn(fault.unwrittenElements, element) && !IsIn(fault.unwrittenLanes, lane);
 }
 
 /// Holds a fault against a row's answers, lane by lane.

@@ -21,13 +21,14 @@ struct Place {
   int offset = 0;
   int stride = 0;  // from an element to the next; 0: the union's size
   int step = 0;    // from a lane to the next; 0: the lane's width
+  bool operator==(const Place&) const = default;
 };
 
 enum class View { own, integer, real };
 enum class Sign { own, isSigned, isUnsigned };
 
 /// The lane that stands in the place of each.
-using LaneMap = std::array<std::int8_t, 16>;
+using LaneMap = std::array<std::uint8_t, 16>;
 inline constexpr LaneMap ownLanes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
 /// The element that stands in the place of each; -1 is one that nothing is known of.
@@ -59,8 +60,10 @@ enum class Conversion {
   saturatedToUshort,
   saturatedToChar,
   saturatedToUchar,
-  positive,  // its magnitude
-  leftOut,   // its bits are taken for a float's
+  positive,      // its magnitude
+  complemented,  // its bits are inverted
+  truth,         // 0 or 1
+  leftOut,       // its bits are taken for a float's
 };
 
 enum class Formula {
@@ -71,6 +74,7 @@ enum class Formula {
   product,
   difference,
   inIntegers,      // B is truncated, the result converted
+  unconverted,     // the integer takes part as it is, and the result is rounded once
   byLogarithm,     // a power that is no number for a negative base
   exponentOfLane,  // lane in place of element, element in place of lane
 };
@@ -87,7 +91,7 @@ enum class Change {
   reversed,            // its bytes
   throughHalf,         // by way of a float of 16 bits
   largestForInfinite,  // and a number for what is not one
-  bits,                // those of the amount, whatever the answer
+  bits,                // those of the amount, whatever the answer; for 0 a zero of either sign
   bitsLost,            // so many of the lowest are cut off
   bitsRounded,         // so many of the lowest are rounded away, to nearest
   ulpsOutward,         // so many units away from zero
@@ -115,8 +119,11 @@ struct Fault {
   std::optional<Denormals> denormalOperands;
   std::optional<Denormals> denormalResults;
   Formula formula = Formula::own;
+  bool truncatedB = false;  // to an integer, which is converted back
   Change change = Change::none;
   std::int64_t amount = 0;
+  std::uint32_t changedElements = 0;  // bit i: the change is made in element i; 0: in all
+  std::uint32_t changedLanes = 0;
   int repetitionsBefore = 0;  // the answers are those of so many repetitions before
   LaneMap lanes = ownLanes;   // lane j has the answer of lane lanes[j]
   ElementMap elements = ownElements;

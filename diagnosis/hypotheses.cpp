@@ -18,7 +18,10 @@ namespace {
 /// The table under construction, for one row.
 class Table {
  public:
-  explicit Table(const RowData& data) : data_(data), row_(data.row) {}
+  explicit Table(const RowData& data) : data_(data), row_(data.row) {
+    for (std::size_t n = 0; n < data.wrongLanes; ++n)
+      wrongAnswers_.insert(data.BitsAt(data.lanes[n]));
+  }
 
   std::vector<Hypothesis> Make() {
     AddNumbers();
@@ -26,6 +29,7 @@ class Table {
     AddLanes();
     AddElements();
     AddUnwritten();
+    AddConstant();
     AddPlaces();
     AddStrides();
     AddTimes();
@@ -40,7 +44,20 @@ class Table {
            std::string detail = "") {
     Fault fault;
     set(fault);
+    // With one or two answers in all wrong lanes, one of a great many places holds them by chance.
+    constexpr std::size_t fewAnswers = 2;
+    if (rank != Rank::named && wrongAnswers_.size() <= fewAnswers && IsElsewhere(fault)) return;
     hypotheses_.push_back({std::move(name), std::move(meaning), std::move(detail), rank, fault});
+  }
+
+  /// Whether what is read or stored stands somewhere else.
+  static bool IsElsewhere(const Fault& fault) {
+    const auto moved = [](const Reading& reading) {
+      return reading.place != Place() || reading.lanes != ownLanes || reading.elementsOn != 0 ||
+             reading.repetitionsBefore != 0;
+    };
+    return moved(fault.a) || moved(fault.b) || fault.result != Place() || fault.lanes != ownLanes ||
+           fault.elements != ownElements || fault.repetitionsBefore != 0;
   }
 
   // What the numbers suffer on their way.
@@ -127,22 +144,26 @@ class Table {
     }
     addIntegerStored(Change::integerComputed, Manner::lowBitsOfLong);
 
-    add(Rank::general, "sign-lost", "Every answer is positive.",
+    add(Rank::named, "sign-lost", "Every answer is positive.",
         [](Fault& fault) { fault.change = Change::magnitude; });
-    add(Rank::general, "integer-sign-lost", "The integer view loses its sign.",
+    add(Rank::named, "integer-sign-lost", "The integer view loses its sign.",
         [](Fault& fault) { fault.conversion = Conversion::positive; });
-    add(Rank::general, "sign-of-zero-lost", "A zero may have the wrong sign.",
+    add(Rank::named, "sign-of-zero-lost", "A zero may have the wrong sign.",
         [](Fault& fault) { fault.change = Change::zeroOfEitherSign; });
-    add(Rank::general, "largest-for-infinite",
+    add(Rank::named, "largest-for-infinite",
         "The largest float stands where the answer is an infinity.",
         [](Fault& fault) { fault.change = Change::largestForInfinite; });
-    add(Rank::general, "converts-through-half",
+    add(Rank::named, "converts-through-half",
         "The integer is converted by way of a float of 16 bits.",
         [](Fault& fault) { fault.conversion = Conversion::throughHalf; });
-    add(Rank::general, "answers-through-half", "The answer goes by way of a float of 16 bits.",
+    add(Rank::named, "answers-through-half", "The answer goes by way of a float of 16 bits.",
         [](Fault& fault) { fault.change = Change::throughHalf; });
-    add(Rank::general, "conversion-left-out", "The bits of the integer are taken for a float's.",
+    add(Rank::named, "conversion-left-out", "The bits of the integer are taken for a float's.",
         [](Fault& fault) { fault.conversion = Conversion::leftOut; });
+    add(Rank::named, "integer-complemented", "The bits of the integer are inverted.",
+        [](Fault& fault) { fault.conversion = Conversion::complemented; });
+    add(Rank::named, "element-as-bool", "The element is taken for a truth value: 0 or 1.",
+        [](Fault& fault) { fault.conversion = Conversion::truth; });
     struct Narrow {
       const char* type;
       Conversion conversion;
@@ -152,43 +173,39 @@ class Table {
           Narrow{"ushort", Conversion::saturatedToUshort},
           Narrow{"char", Conversion::saturatedToChar},
           Narrow{"uchar", Conversion::saturatedToUchar}}) {
-      Add(Rank::general, fmt::format("saturates-to-{}", type),
+      Add(Rank::named, fmt::format("saturates-to-{}", type),
           fmt::format("The integer is cut to the range of {}.", type),
           [conversion = conversion](Fault& fault) { fault.conversion = conversion; });
     }
     if (row_.twoInputs) {
-      add(Rank::general, "answers-a", "The converted integer is the answer.",
+      add(Rank::named, "answers-a", "The converted integer is the answer.",
           [](Fault& fault) { fault.formula = Formula::copy; });
-      add(Rank::general, "answers-b", "The float of B is the answer.",
+      add(Rank::named, "answers-b", "The float of B is the answer.",
           [](Fault& fault) { fault.formula = Formula::onlyB; });
-      add(Rank::general, "other-operation", "A sum in place of a product, or a product of a sum.",
+      add(Rank::named, "other-operation", "A sum in place of a product, or a product of a sum.",
           [this](Fault& fault) {
             fault.formula = row_.operation == Operation::add ? Formula::product : Formula::sum;
           });
-      add(Rank::general, "difference", "The float of B is subtracted.",
+      add(Rank::named, "difference", "The float of B is subtracted.",
           [](Fault& fault) { fault.formula = Formula::difference; });
-      add(Rank::general, "computes-in-integers",
+      add(Rank::named, "b-truncated", "The float of B is made an integer, and that a float.",
+          [](Fault& fault) { fault.truncatedB = true; });
+      add(Rank::named, "conversion-too-late",
+          "The integer takes part as it is, and the sum or product is rounded once.",
+          [](Fault& fault) { fault.formula = Formula::unconverted; });
+      add(Rank::named, "computes-in-integers",
           "The float of B is made an integer, and the result of integers converted.",
           [](Fault& fault) { fault.formula = Formula::inIntegers; });
     }
     if (row_.operation == Operation::power) {
-      add(Rank::general, "power-by-logarithm", "The power of a negative base is a NaN.",
+      add(Rank::named, "power-by-logarithm", "The power of a negative base is a NaN.",
           [](Fault& fault) { fault.formula = Formula::byLogarithm; });
-      add(Rank::general, "answers-a", "The converted integer is the answer.",
+      add(Rank::named, "answers-a", "The converted integer is the answer.",
           [](Fault& fault) { fault.formula = Formula::copy; });
-      add(Rank::general, "exponent-exchanged",
+      add(Rank::named, "exponent-exchanged",
           "The exponent is the lane in place of the element, or the element in place of the lane.",
           [](Fault& fault) { fault.formula = Formula::exponentOfLane; });
     }
-    if (data_.wrongLanes > 0) {
-      const std::uint32_t bits = data_.BitsAt(data_.lanes.front());
-      Add(Rank::fitted, fmt::format("answers-0x{:08X}", bits), "Every answer has the same bits.",
-          [bits](Fault& fault) {
-            fault.change = Change::bits;
-            fault.amount = bits;
-          });
-    }
-
     AddSteadyUlps();
     AddLostBits();
   }
@@ -267,22 +284,22 @@ class Table {
       reverse(true, true, false, "in A and B");
     }
     if (row_.twoInputs) {
-      Add(Rank::general, "integer-view-of-b",
+      Add(Rank::named, "integer-view-of-b",
           "The integer member of B is read in place of the float one.",
           [](Fault& fault) { fault.b.view = View::integer; });
       Add(
-          Rank::general, "integer-view-of-b",
+          Rank::named, "integer-view-of-b",
           "The integer member of B is read in place of the float one.",
           [](Fault& fault) {
             fault.b.view = View::integer;
             fault.formula = Formula::inIntegers;
           },
           "and computed with as an integer");
-      Add(Rank::general, "inputs-exchanged", "A is read from B's buffer, and B from A's.",
+      Add(Rank::named, "inputs-exchanged", "A is read from B's buffer, and B from A's.",
           [](Fault& fault) { fault.a.otherInput = fault.b.otherInput = true; });
-      Add(Rank::general, "a-from-b", "A is read from B's buffer.",
+      Add(Rank::named, "a-from-b", "A is read from B's buffer.",
           [](Fault& fault) { fault.a.otherInput = true; });
-      Add(Rank::general, "b-from-a", "B is read from A's buffer.",
+      Add(Rank::named, "b-from-a", "B is read from A's buffer.",
           [](Fault& fault) { fault.b.otherInput = true; });
     }
 
@@ -297,7 +314,7 @@ class Table {
       if (type.width == row_.width) continue;
       for (const std::size_t step : {type.width, row_.width}) {
         Add(
-            Rank::general, fmt::format("element-as-{}", type.name),
+            Rank::named, fmt::format("element-as-{}", type.name),
             fmt::format("The element is taken for {} {}.", type.name[0] == 'i' ? "an" : "a",
                         type.name),
             [&](Fault& fault) {
@@ -329,7 +346,7 @@ class Table {
   LaneMap MapOfLanes(const std::function<int(int)>& source) const {
     LaneMap map = ownLanes;
     for (int lane = 0; lane < row_.lanes; ++lane)
-      map[static_cast<std::size_t>(lane)] = static_cast<std::int8_t>(source(lane));
+      map[static_cast<std::size_t>(lane)] = static_cast<std::uint8_t>(source(lane));
     return map;
   }
 
@@ -423,6 +440,10 @@ class Table {
   }
 
   void AddUnwritten() {
+    // A buffer that nobody has written into is filled with one byte, or with this and that.
+    const auto isFilled = [](std::uint32_t bits) { return bits == (bits & 0xFFU) * 0x01010101U; };
+    constexpr std::size_t fewAnswers = 2;
+    if (wrongAnswers_.size() <= fewAnswers && !std::ranges::all_of(wrongAnswers_, isFilled)) return;
     const auto elements = Unwritten([](const RowData::Lane& lane) { return lane.element; });
     const auto lanes = Unwritten([](const RowData::Lane& lane) { return lane.lane; });
     if (!elements.empty()) {
@@ -438,6 +459,39 @@ class Table {
           "Some lanes are not written: they keep what stood in the buffer.",
           [&](Fault& fault) { fault.unwrittenLanes = MaskOf(lanes); }, "these: " + List(lanes));
     }
+  }
+
+  // The same bits in all wrong lanes, or zeros of either sign, written or found there. Of one lane
+  // that is nothing to say.
+  void AddConstant() {
+    constexpr std::size_t fewLanes = 2;
+    const bool isZero = std::ranges::all_of(
+        wrongAnswers_, [](std::uint32_t bits) { return (bits & 0x7FFFFFFFU) == 0; });
+    if (!isZero && (wrongAnswers_.size() != 1 || data_.wrongLanes <= fewLanes)) return;
+    const std::uint32_t bits = isZero ? 0 : *wrongAnswers_.begin();
+    std::set<int> elements;
+    std::set<int> lanes;
+    for (std::size_t n = 0; n < data_.wrongLanes; ++n) {
+      elements.insert(data_.lanes[n].element);
+      lanes.insert(data_.lanes[n].lane);
+    }
+    const auto add = [&](std::uint32_t maskOfElements, std::uint32_t maskOfLanes,
+                         const std::string& detail) {
+      Add(
+          Rank::named, fmt::format("answers-0x{:08X}", bits),
+          "The same bits are the answer whatever the inputs are.",
+          [&](Fault& fault) {
+            fault.change = Change::bits;
+            fault.amount = bits;
+            fault.changedElements = maskOfElements;
+            fault.changedLanes = maskOfLanes;
+          },
+          detail);
+    };
+    add(0, 0, "");
+    if (elements.size() < elementsOfRow)
+      add(MaskOf(elements), 0, "in these elements: " + List(elements));
+    if (std::ssize(lanes) < row_.lanes) add(0, MaskOf(lanes), "in these lanes: " + List(lanes));
   }
 
   /// The groups of lanes that may be unwritten: in each repetition of which it is known what stood
@@ -641,7 +695,7 @@ class Table {
         if (next == row_.lanes) return std::nullopt;
         source = next;
       }
-      map[static_cast<std::size_t>(lane)] = static_cast<std::int8_t>(source);
+      map[static_cast<std::size_t>(lane)] = static_cast<std::uint8_t>(source);
     }
     return map;
   }
@@ -692,7 +746,7 @@ class Table {
     }
   }
 
-  static constexpr std::int64_t mostUlps = 4096;
+  static constexpr std::int64_t mostUlps = 1024;
 
   /// How far a wrong answer lies from the nearest right one.
   std::optional<std::int64_t> UlpsOfWrongLane(std::size_t number) const {
@@ -721,6 +775,7 @@ class Table {
 
   const RowData& data_;
   const Row& row_;
+  std::set<std::uint32_t> wrongAnswers_;
   std::vector<Hypothesis> hypotheses_;
 };
 

@@ -1,11 +1,15 @@
 #include "diagnosis/suspects.h"
 
 #include <algorithm>
+#include <array>
 #include <bitset>
 #include <compare>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <span>
+#include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "diagnosis/fault.h"
@@ -40,6 +44,7 @@ std::string MeaningOf(const Hypothesis& hypothesis) {
 struct Question {
   std::string row;
   const Record* record;
+  bool isWrong;
   std::vector<Candidate> candidates;
 };
 
@@ -92,9 +97,14 @@ Counts Count(const std::vector<Question>& questions) {
 /// Two faults at once, one of them known from another row.
 void TryPairs(Question& question, const RowData& data, const std::vector<Hypothesis>& hypotheses,
               const Counts& known) {
+  std::set<std::uint32_t> answers;
+  for (std::size_t n = 0; n < data.wrongLanes; ++n) answers.insert(data.BitsAt(data.lanes[n]));
+  constexpr std::size_t fewAnswers = 7;  // which one of so many pairs gives by chance
+  if (answers.size() <= fewAnswers) return;
   std::vector<std::size_t> worthTrying;
   for (std::size_t n = 0; n < hypotheses.size(); ++n) {
     const Hypothesis& hypothesis = hypotheses[n];
+    if (hypothesis.fault.change == Change::bits) continue;
     if (hypothesis.rank == Rank::named ||
         (hypothesis.rank == Rank::general && known.contains(hypothesis.name)))
       worthTrying.push_back(n);
@@ -174,6 +184,157 @@ void Sift(Question& question, const Counts& counts) {
 
 using RowSet = std::bitset<256>;
 
+/// Picks `left` of the sets from `from` on that hold what is missing: the first such pick in their
+/// order, or none.
+bool Pick(const std::vector<RowSet>& sets, std::size_t from, std::size_t left,
+          const RowSet& missing, std::vector<std::size_t>& picked, std::size_t& steps) {
+  if (missing.none()) return true;
+  if (left == 0) return false;
+  for (std::size_t n = from; n < sets.size(); ++n) {
+    if (steps == 0) return false;
+    --steps;
+    if ((sets[n] & missing).none()) continue;
+    picked.push_back(n);
+    if (Pick(sets, n + 1, left - 1, missing & ~sets[n], picked, steps)) return true;
+    picked.pop_back();
+  }
+  return false;
+}
+
+/// The fewest sets that hold all of these rows; where that takes too long to find, those that one
+/// after the other hold most of what is left. Each row is in a set.
+std::vector<std::size_t> FewestOf(const std::vector<RowSet>& sets, RowSet missing) {
+  std::size_t steps = 1'000'000;
+  std::vector<std::size_t> picked;
+  for (std::size_t most = 0; most <= sets.size() && steps > 0; ++most) {
+    if (Pick(sets, 0, most, missing, picked, steps)) return picked;
+    picked.clear();
+  }
+  while (missing.any()) {
+    const auto best = std::ranges::max_element(
+        sets, {}, [&missing](const RowSet& set) { return (set & missing).count(); });
+    missing &= ~*best;
+    picked.push_back(static_cast<std::size_t>(best - sets.begin()));
+  }
+  return picked;
+}
+
+/// What a suspect is but for its numbers: a member that lies elsewhere lies at another byte in each
+/// layout.
+std::string KindOfName(std::string_view name) {
+  constexpr std::string_view constant = "answers-0x";
+  if (name.starts_with(constant)) return std::string(constant);
+  std::string kind;
+  for (const char c : name) {
+    const bool isDigit = c >= '0' && c <= '9';
+    if (!isDigit) {
+      kind += c;
+    } else if (!kind.ends_with('N')) {
+      kind += 'N';
+    }
+  }
+  return kind;
+}
+
+/// The kinds of the one suspect, or of the two, that a name tells.
+std::vector<std::string> KindsOfName(const std::string& name) {
+  const std::size_t plus = name.find('+');
+  if (plus == std::string::npos) return {KindOfName(name)};
+  return {KindOfName(name.substr(0, plus)), KindOfName(name.substr(plus + 1))};
+}
+
+/// Takes away the suspects that explain a row here and there by chance. What a device does wrong,
+/// it does wherever the operation, the shape or the element type is the same: of the wrong rows
+/// that share two of these with those that it explains, a suspect must explain two thirds, for two
+/// of the three ways to choose two, or for each where it explains one or two rows only.
+void KeepCredible(std::vector<Question>& questions) {
+  struct Where {
+    std::set<int> operations, shapes, types;
+  };
+  std::map<std::string, std::set<std::size_t>> explained;
+  for (std::size_t number = 0; number < questions.size(); ++number) {
+    for (const Candidate& candidate : questions[number].candidates) {
+      for (const std::string& kind : KindsOfName(candidate.name)) explained[kind].insert(number);
+    }
+  }
+  std::set<std::string> credible = {denormalsKept};
+  for (const auto& [kind, numbers] : explained) {
+    Where where;
+    for (const std::size_t number : numbers) {
+      const Row row = RowNamed(questions[number].row).value();
+      where.operations.insert(static_cast<int>(row.operation));
+      where.shapes.insert(static_cast<int>(row.shape));
+      where.types.insert(static_cast<int>(row.elementType));
+    }
+    std::size_t ofOperationAndShape = 0;
+    std::size_t ofOperationAndType = 0;
+    std::size_t ofShapeAndType = 0;
+    for (const Question& question : questions) {
+      if (!question.isWrong) continue;
+      const Row row = RowNamed(question.row).value();
+      const bool operation = where.operations.contains(static_cast<int>(row.operation));
+      const bool shape = where.shapes.contains(static_cast<int>(row.shape));
+      const bool type = where.types.contains(static_cast<int>(row.elementType));
+      if (operation && shape) ++ofOperationAndShape;
+      if (operation && type) ++ofOperationAndType;
+      if (shape && type) ++ofShapeAndType;
+    }
+    std::array counts = {ofOperationAndShape, ofOperationAndType, ofShapeAndType};
+    std::ranges::sort(counts);
+    constexpr std::size_t few = 2;
+    const std::size_t beside = numbers.size() <= few ? counts[2] : counts[1];
+    if (3 * numbers.size() >= 2 * beside) credible.insert(kind);
+  }
+  for (Question& question : questions) {
+    std::erase_if(question.candidates, [&credible](const Candidate& candidate) {
+      return !std::ranges::all_of(
+          KindsOfName(candidate.name),
+          [&credible](const std::string& kind) { return credible.contains(kind); });
+    });
+  }
+}
+
+/// Takes away the suspects that are of none of the fewest kinds which explain the run. A kind stays
+/// if as few can be had with it: the data can't tell.
+void KeepFewestKinds(std::vector<Question>& questions) {
+  struct OfKind {
+    std::string kind;
+    RowSet rows;
+    int rank;
+    std::size_t place;
+  };
+  std::map<std::string, OfKind> byName;
+  RowSet explained;
+  for (std::size_t number = 0; number < questions.size(); ++number) {
+    for (const Candidate& candidate : questions[number].candidates) {
+      const std::string kind = KindOfName(candidate.name);
+      OfKind& one =
+          byName.try_emplace(kind, OfKind{kind, {}, candidate.rank, candidate.place}).first->second;
+      one.rows.set(number);
+      one.rank = std::min(one.rank, candidate.rank);
+      one.place = std::min(one.place, candidate.place);
+      explained.set(number);
+    }
+  }
+  std::vector<OfKind> kinds;
+  for (auto& [name, kind] : byName) kinds.push_back(std::move(kind));
+  std::ranges::stable_sort(kinds, {}, [](const OfKind& kind) {
+    return std::tuple(-static_cast<std::int64_t>(kind.rows.count()), kind.rank, kind.place);
+  });
+  std::vector<RowSet> sets;
+  for (const OfKind& kind : kinds) sets.push_back(kind.rows);
+  const std::size_t fewest = FewestOf(sets, explained).size();
+  std::set<std::string> kept;
+  for (const OfKind& kind : kinds) {
+    if (1 + FewestOf(sets, explained & ~kind.rows).size() <= fewest) kept.insert(kind.kind);
+  }
+  for (Question& question : questions) {
+    std::erase_if(question.candidates, [&kept](const Candidate& candidate) {
+      return !kept.contains(KindOfName(candidate.name));
+    });
+  }
+}
+
 /// A suspect of the whole run.
 struct Overall {
   Suspect suspect;
@@ -181,42 +342,6 @@ struct Overall {
   int rank;
   std::size_t place;
 };
-
-/// Picks `left` of the suspects from `from` on that explain what is not yet explained: the first
-/// such pick in their order, or none.
-bool Pick(const std::vector<Overall>& suspects, std::size_t from, std::size_t left,
-          const RowSet& missing, std::vector<std::size_t>& picked, std::size_t& steps) {
-  if (missing.none()) return true;
-  if (left == 0) return false;
-  for (std::size_t n = from; n < suspects.size(); ++n) {
-    if (steps == 0) return false;
-    --steps;
-    if ((suspects[n].rows & missing).none()) continue;
-    picked.push_back(n);
-    if (Pick(suspects, n + 1, left - 1, missing & ~suspects[n].rows, picked, steps)) return true;
-    picked.pop_back();
-  }
-  return false;
-}
-
-/// The fewest suspects that explain all rows; where that takes too long to find, those that one
-/// after the other explain most of what is left.
-std::vector<std::size_t> FewestOf(const std::vector<Overall>& suspects, RowSet missing) {
-  std::size_t steps = 1'000'000;
-  std::vector<std::size_t> picked;
-  for (std::size_t most = 1; most <= suspects.size() && steps > 0; ++most) {
-    if (Pick(suspects, 0, most, missing, picked, steps)) return picked;
-    picked.clear();
-  }
-  while (missing.any()) {
-    const auto best = std::ranges::max_element(suspects, {}, [&missing](const Overall& overall) {
-      return (overall.rows & missing).count();
-    });
-    missing &= ~best->rows;
-    picked.push_back(static_cast<std::size_t>(best - suspects.begin()));
-  }
-  return picked;
-}
 
 /// The fewest suspects of all rows in question, and the rows that none explains.
 std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
@@ -256,7 +381,9 @@ std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
     }
   }
   std::vector<Suspect> fewest;
-  for (const std::size_t n : FewestOf(useful, explained)) fewest.push_back(useful[n].suspect);
+  std::vector<RowSet> sets;
+  for (const Overall& overall : useful) sets.push_back(overall.rows);
+  for (const std::size_t n : FewestOf(sets, explained)) fewest.push_back(useful[n].suspect);
   if (!nothing.rows.empty()) fewest.push_back(std::move(nothing));
   return fewest;
 }
@@ -298,7 +425,7 @@ Suspects SuspectsOf(const Run& run) {
     if (!row || questions.size() == RowSet().size()) continue;
     const Opinion opinion = OpinionOf(record, device);
     const RowData data(*row, record, device, opinion);
-    Question question{record.row, &record, {}};
+    Question question{record.row, &record, opinion.verdict == Opinion::Verdict::wrong, {}};
     if (opinion.verdict == Opinion::Verdict::wrong) {
       TrySingles(question, data, HypothesesOn(data));
       questions.push_back(std::move(question));
@@ -318,6 +445,9 @@ Suspects SuspectsOf(const Run& run) {
   }
   const Counts allCounts = Count(questions);
   for (Question& question : questions) Sift(question, allCounts);
+
+  KeepCredible(questions);
+  KeepFewestKinds(questions);
 
   Suspects suspects;
   suspects.fewest = Fewest(questions);

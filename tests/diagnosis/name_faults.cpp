@@ -51,16 +51,14 @@ void NameFaults(const std::vector<std::string>& patterns, const std::string& fol
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   std::vector<std::string> arguments(argv + 1, argv + argc);
   if (arguments == std::vector<std::string>{"worker"}) return WorkerMain();
   const bool byRow = std::erase(arguments, "--rows") > 0;
   const bool isThere = arguments.size() == 2 && arguments.front() == "--from";
-  try {
-    NameFaults(arguments, isThere ? arguments.back() : "", byRow);
-    return 0;
-  } catch (const std::exception& error) {
-    fmt::print(stderr, "name_faults: {}\n", error.what());
-    return 1;
-  }
+  NameFaults(arguments, isThere ? arguments.back() : "", byRow);
+  return 0;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "name_faults: %s\n", error.what());
+  return 1;
 }
