@@ -317,11 +317,13 @@ void KeepFewestKinds(std::vector<Question>& questions) {
     }
   }
   std::vector<OfKind> kinds;
+  kinds.reserve(byName.size());
   for (auto& [name, kind] : byName) kinds.push_back(std::move(kind));
   std::ranges::stable_sort(kinds, {}, [](const OfKind& kind) {
     return std::tuple(-static_cast<std::int64_t>(kind.rows.count()), kind.rank, kind.place);
   });
   std::vector<RowSet> sets;
+  sets.reserve(kinds.size());
   for (const OfKind& kind : kinds) sets.push_back(kind.rows);
   const std::size_t fewest = FewestOf(sets, explained).size();
   std::set<std::string> kept;
@@ -382,6 +384,7 @@ std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
   }
   std::vector<Suspect> fewest;
   std::vector<RowSet> sets;
+  sets.reserve(useful.size());
   for (const Overall& overall : useful) sets.push_back(overall.rows);
   for (const std::size_t n : FewestOf(sets, explained)) fewest.push_back(useful[n].suspect);
   if (!nothing.rows.empty()) fewest.push_back(std::move(nothing));
