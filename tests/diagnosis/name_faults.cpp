@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <exception>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,8 @@ void NameFaults(const std::vector<std::string>& patterns, const std::string& fol
   std::map<Kind, int> kinds;
   for (const Record& record : run.records)
     ++kinds[KindOf(record, OpinionOf(record, run.info.device))];
+  if (kinds[Kind::neither] > 0)
+    throw std::runtime_error(fmt::format("{} rows came to no verdict", kinds[Kind::neither]));
   const Suspects suspects = SuspectsOf(run);
   std::vector<std::string> names;
   for (const Suspect& suspect : suspects.fewest) names.push_back(NameOf(suspect));
