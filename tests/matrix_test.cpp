@@ -266,6 +266,19 @@ TEST_F(Matrix, NarrowRowsFlushTheFloatOperand) {
   }
 }
 
+TEST_F(Matrix, SumsAreOfTheFlushedOperand) {
+  // a[0] is 1, the low end of 8388609's float, and k[1] makes b[0] a negative denormal. Rounded
+  // toward zero, a sum of the two would be below 1, and what is two units above 1 too far from it.
+  const Row& row = RowNamed("add_union_vector2_3");
+  ScriptRand({0, 8388609, 0, 0, 0, 0, 0x8001, 0}, 100);
+  std::fesetround(FE_TOWARDZERO);
+  Machine().device = DeviceFor(row, [](int, int, int lane, float right) {
+    return lane == 0 ? 1 + 2 * std::numeric_limits<float>::epsilon() : right;
+  });
+  EXPECT_EQ(Collect(row.run).result, 1);
+  std::fesetround(FE_TONEAREST);
+}
+
 TEST_F(Matrix, WholeFloatsAreNeverDenormal) {
   // A device that keeps denormals passes where the float operand is always whole, and fails some
   // row of narrow elements.

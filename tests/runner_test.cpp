@@ -68,6 +68,18 @@ TEST_F(Runner, MakesTheseCallsInThisOrder) {
   EXPECT_EQ(LiveObjects(), 0);
 }
 
+TEST_F(Runner, SetsTheArgumentsOfOneInputInTheirOrder) {
+  const Row& one = RowNamed("floor_union_vector2_1");
+  Machine().device = DeviceFor(one);
+  Collect(one.run);
+  std::vector<std::string> arguments = Machine().WorkCalls();
+  std::erase_if(arguments,
+                [](const std::string& call) { return !call.starts_with("clSetKernelArg"); });
+  EXPECT_EQ(arguments, (std::vector<std::string>{"clSetKernelArg 0 size 8 buffer 0",
+                                                 "clSetKernelArg 1 size 8 buffer 1",
+                                                 "clSetKernelArg 2 size 4 int 10"}));
+}
+
 TEST_F(Runner, ReleasesLastMadeFirst) {
   // Of the test object, and then of the runner.
   const std::vector<std::string> behindTheBuffers = {"clReleaseKernel",  "clReleaseContext",
