@@ -1,6 +1,7 @@
 #include "diagnosis/end_of_run.h"
 
 #include "diagnosis/draws_of_run.h"
+#include "diagnosis/lost_of_run.h"
 #include "diagnosis/opinion_of_run.h"
 #include "diagnosis/report.h"
 
@@ -10,6 +11,7 @@ const std::vector<EndOfRunView>& EndOfRunViews() {
   static const std::vector<EndOfRunView> views = {
       [](const Run& run, const std::string&) { return OpinionOnRun(run); },
       [](const Run& run, const std::string&) { return DrawsOfRun(run); },
+      [](const Run& run, const std::string&) { return LostOfRun(run); },
       WriteReportOf,
   };
   return views;

@@ -427,8 +427,7 @@ class Pool final : public WorkersPool {
     }
     if (!pending.lost.empty()) {
       std::string& reason = record.ending.reason;
-      reason += fmt::format("{}run once more after the first worker was lost: {}",
-                            reason.empty() ? "" : "; ", pending.lost);
+      reason += fmt::format("{}{}{}", reason.empty() ? "" : "; ", runOnceMore, pending.lost);
     }
     Tell(listener_.ended, job, std::move(record));
   }

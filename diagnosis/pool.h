@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "diagnosis/record.h"
@@ -38,6 +39,9 @@ struct PoolListener {
   std::function<void()> tick;                        // every second, whatever happens
   std::function<void(const std::string&)> noDevice;  // why there is none: the run ends so
 };
+
+/// In the reason of a row's ending, before how the worker was lost.
+inline constexpr std::string_view runOnceMore = "run once more after the first worker was lost: ";
 
 /// How a run of jobs ended.
 enum class PoolEnd { finished, interrupted, noDevice };
