@@ -56,10 +56,11 @@ bool SameLane(const WrongLane& a, const WrongLane& b) {
          std::bit_cast<std::uint32_t>(a.answer) == std::bit_cast<std::uint32_t>(b.answer);
 }
 
-Change ChangeBetween(const std::optional<Outcome>& before, const std::optional<Outcome>& after) {
-  if (before && after) return ChangeOf(*before, *after);
+Comparison ComparisonBetween(const std::optional<Outcome>& before,
+                             const std::optional<Outcome>& after) {
+  if (before && after) return ComparisonOf(*before, *after);
   const std::optional<Outcome>& there = before ? before : after;
-  return there && StandingOf(*there) != Standing::notRun ? Change::oneOnly : Change::same;
+  return there && StandingOf(*there) != Standing::notRun ? Comparison::oneOnly : Comparison::same;
 }
 
 std::string ShortSummaryOf(const std::optional<Outcome>& outcome) {
@@ -130,27 +131,28 @@ Standing StandingOf(const Outcome& outcome) {
   return outcome.status == Status::pass ? Standing::passedUnseen : Standing::failedWrong;
 }
 
-Change ChangeOf(const Outcome& before, const Outcome& after) {
+Comparison ComparisonOf(const Outcome& before, const Outcome& after) {
   const Standing first = StandingOf(before);
   const Standing second = StandingOf(after);
   if (first == Standing::notRun || second == Standing::notRun)
-    return first == second ? Change::same : Change::oneOnly;
+    return first == second ? Comparison::same : Comparison::oneOnly;
   const bool built = first != Standing::buildError && second != Standing::buildError;
-  if (built && OnOtherData(*before.record, *after.record)) return Change::otherData;
-  if (first != second) return second < first ? Change::better : Change::worse;
+  if (built && OnOtherData(*before.record, *after.record)) return Comparison::otherData;
+  if (first != second) return second < first ? Comparison::better : Comparison::worse;
 
   const Opinion& a = before.opinion;
   const Opinion& b = after.opinion;
   if (IsWrong(first)) {
     const auto ill = std::pair(a.wrong.size(), a.greatestUlps);
     const auto now = std::pair(b.wrong.size(), b.greatestUlps);
-    if (now != ill) return now < ill ? Change::better : Change::worse;
-    return std::ranges::equal(a.wrong, b.wrong, SameLane) ? Change::same : Change::otherwise;
+    if (now != ill) return now < ill ? Comparison::better : Comparison::worse;
+    return std::ranges::equal(a.wrong, b.wrong, SameLane) ? Comparison::same
+                                                          : Comparison::otherwise;
   }
-  if (a.greatestUlps != b.greatestUlps) return Change::otherwise;
+  if (a.greatestUlps != b.greatestUlps) return Comparison::otherwise;
   return before.status == after.status && DetailOf(*before.record) == DetailOf(*after.record)
-             ? Change::same
-             : Change::otherwise;
+             ? Comparison::same
+             : Comparison::otherwise;
 }
 
 std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders) {
@@ -178,9 +180,9 @@ std::vector<ComparedRow> Compare(const std::vector<NamedRun>& runs) {
   for (const NamedRunner& row : rows) {
     const auto found = byName.find(row.name);
     if (found == byName.end()) continue;
-    ComparedRow one{std::string(row.name), std::move(found->second), Change::same};
+    ComparedRow one{std::string(row.name), std::move(found->second), Comparison::same};
     for (const auto& outcome : one.outcomes)
-      one.change = std::max(one.change, ChangeBetween(one.outcomes.front(), outcome));
+      one.comparison = std::max(one.comparison, ComparisonBetween(one.outcomes.front(), outcome));
     compared.push_back(std::move(one));
   }
   return compared;
@@ -204,16 +206,16 @@ std::string DifferencesOf(const std::vector<NamedRun>& runs,
   }
 
   struct Section {
-    Change change;
+    Comparison comparison;
     std::string_view title;
     std::string_view count;
   };
   constexpr Section sections[] = {
-      {Change::worse, "Worse", "worse"},
-      {Change::better, "Better", "better"},
-      {Change::otherwise, "Neither better nor worse", "otherwise"},
-      {Change::otherData, "On other data", "on other data"},
-      {Change::oneOnly, "In one run only", "in one run only"},
+      {Comparison::worse, "Worse", "worse"},
+      {Comparison::better, "Better", "better"},
+      {Comparison::otherwise, "Neither better nor worse", "otherwise"},
+      {Comparison::otherData, "On other data", "on other data"},
+      {Comparison::oneOnly, "In one run only", "in one run only"},
   };
   std::string counts;
   std::size_t same = compared.size();
@@ -222,11 +224,11 @@ std::string DifferencesOf(const std::vector<NamedRun>& runs,
     std::size_t untold = 0;
     std::string lines;
     for (const ComparedRow& row : compared) {
-      if (row.change != section.change) continue;
+      if (row.comparison != section.comparison) continue;
       ++count;
       const std::string before = ShortSummaryOf(row.outcomes.front());
       const std::string after = ShortSummaryOf(row.outcomes.back());
-      if (section.change == Change::otherData && CameToTheSame(row)) {
+      if (section.comparison == Comparison::otherData && CameToTheSame(row)) {
         ++untold;
       } else if (before == after) {
         lines += fmt::format("  {:<27} {}, but in other lanes or with other answers\n", row.name,

@@ -44,7 +44,7 @@ enum class Standing {
 Standing StandingOf(const Outcome& outcome);
 
 /// How a row's later outcome compares with the one before.
-enum class Change {
+enum class Comparison {
   same,
   otherwise,  // differs, yet stands the same: other lanes, another distance, another detail
   oneOnly,    // run in one of the two only
@@ -56,13 +56,13 @@ enum class Change {
 
 /// By standing; between two wrong outcomes of the same standing by wrong lanes, then by the
 /// greatest distance. A distance within what OpenCL allows makes a row neither better nor worse.
-Change ChangeOf(const Outcome& before, const Outcome& after);
+Comparison ComparisonOf(const Outcome& before, const Outcome& after);
 
 /// A row in every run; no outcome where a run has no record of it.
 struct ComparedRow {
   std::string name;
   std::vector<std::optional<Outcome>> outcomes;
-  Change change;  // the gravest of any run against the first
+  Comparison comparison;  // the gravest of any run against the first
 };
 
 /// A run, and what a person calls it: the folder that it was read from.

@@ -74,7 +74,7 @@ std::string LaneOf(const Row& row, std::string_view member, int lane) {
 }
 
 /// One lane of a record, with all that belongs to it.
-struct Place {
+struct LanePlace {
   const Row& row;
   const Device& device;
   const FloatMode& mode;  // of the device under the row's build options
@@ -90,7 +90,7 @@ struct Place {
   float B() const { return FloatLane(Of(repetition.inputB), lane); }
   float Answer() const { return FloatLane(Of(repetition.result), lane); }
   int Exponent() const { return ExponentOf(row, element, lane); }
-  Place At(int otherElement, int otherLane) const {
+  LanePlace At(int otherElement, int otherLane) const {
     return {row, device, mode, repetition, number, otherElement, otherLane};
   }
 };
@@ -102,12 +102,12 @@ Rounding HostModeOf(const Device& device) {
 }
 
 /// The float operand as the row's reference takes it.
-float OperandB(const Place& place) {
+float OperandB(const LanePlace& place) {
   return place.row.shape == Shape::scalar ? Unflushed(place.B()) : FlushDenormal(place.B());
 }
 
 /// What the suite holds the answer against.
-float ReferenceOf(const Place& place) {
+float ReferenceOf(const LanePlace& place) {
   const Rounding rounding = HostModeOf(place.device);
   const float a = Converted(place.A(), rounding);
   switch (place.row.operation) {
@@ -124,7 +124,7 @@ float ReferenceOf(const Place& place) {
   }
 }
 
-std::vector<std::string> StepsOf(const Place& place) {
+std::vector<std::string> StepsOf(const LanePlace& place) {
   const Row& row = place.row;
   const Rounding rounding = HostModeOf(place.device);
   const std::string words = WordsOf(rounding);
@@ -178,13 +178,13 @@ struct Ruling {
   std::string words;
 };
 
-Ruling RuleOn(const Place& place) {
+Ruling RuleOn(const LanePlace& place) {
   const Row& row = place.row;
   const float c = ReferenceOf(place);
   const float d = place.Answer();
   if (ComparesAnyLane(row)) {
     for (int lane = 0; lane < row.lanes; ++lane) {
-      const Place other = place.At(place.element, lane);
+      const LanePlace other = place.At(place.element, lane);
       if (other.Answer() == ReferenceOf(other))
         return {false, fmt::format("lane {} of the element is equal to its reference, and one such "
                                    "lane is enough",
@@ -215,21 +215,21 @@ bool FoundMismatch(const Repetition& repetition) {
 }
 
 /// The first lane that the rule rejects. The suite's check ends there.
-std::optional<Place> FirstRejected(const Place& place) {
+std::optional<LanePlace> FirstRejected(const LanePlace& place) {
   for (int element = 0; element < elementsOfRow; ++element) {
     for (int lane = 0; lane < place.row.lanes; ++lane) {
-      const Place at = place.At(element, lane);
+      const LanePlace at = place.At(element, lane);
       if (RuleOn(at).rejects) return at;
     }
   }
   return std::nullopt;
 }
 
-std::string SuiteRuleOn(const Place& place) {
+std::string SuiteRuleOn(const LanePlace& place) {
   const Ruling ruling = RuleOn(place);
   if (FoundMismatch(place.repetition)) {
-    const std::optional<Place> first = FirstRejected(place);
-    const auto order = [](const Place& one) { return one.element * one.row.lanes + one.lane; };
+    const std::optional<LanePlace> first = FirstRejected(place);
+    const auto order = [](const LanePlace& one) { return one.element * one.row.lanes + one.lane; };
     if (first && order(*first) < order(place) &&
         !(ComparesAnyLane(place.row) && first->element == place.element)) {
       return fmt::format(
@@ -242,7 +242,7 @@ std::string SuiteRuleOn(const Place& place) {
   return (ruling.rejects ? "rejected: " : "passed: ") + ruling.words;
 }
 
-std::string OpenClRuleOn(const Place& place) {
+std::string OpenClRuleOn(const LanePlace& place) {
   const FloatMode& mode = place.mode;
   const Row& row = place.row;
   const RightAnswers answers =
@@ -302,7 +302,7 @@ struct Stores {
   std::vector<StoredByte> bytes;
 };
 
-Stores StoresInto(const Place& place, const Bytes& input, std::string_view elementMember,
+Stores StoresInto(const LanePlace& place, const Bytes& input, std::string_view elementMember,
                   std::string_view floatMember) {
   const Row& row = place.row;
   Stores stores;
@@ -326,7 +326,7 @@ Stores StoresInto(const Place& place, const Bytes& input, std::string_view eleme
   return stores;
 }
 
-WrongLane WrongLaneAt(const Place& place) {
+WrongLane WrongLaneAt(const LanePlace& place) {
   const float answer = place.Answer();
   const float right =
       RightAnswersOf(place.row, place.repetition, place.element, place.lane, place.mode)
@@ -336,7 +336,7 @@ WrongLane WrongLaneAt(const Place& place) {
   return {place.number, place.element, place.lane, answer, right, ulps};
 }
 
-ExplainedLane ExplainLane(const Place& place) {
+ExplainedLane ExplainLane(const LanePlace& place) {
   const Row& row = place.row;
   const std::string_view type = typeNames[static_cast<std::size_t>(row.elementType)];
   ExplainedLane explained;
@@ -382,9 +382,9 @@ std::string WhereOf(int repetition, int element, int lane) {
 }
 
 /// The lanes to be told of: those that are wrong, or where none is, those that the suite rejects.
-std::vector<Place> LanesToExplain(const Row& row, const Record& record, const Device& device,
-                                  const FloatMode& mode, const Opinion& opinion, Kind kind) {
-  std::vector<Place> lanes;
+std::vector<LanePlace> LanesToExplain(const Row& row, const Record& record, const Device& device,
+                                      const FloatMode& mode, const Opinion& opinion, Kind kind) {
+  std::vector<LanePlace> lanes;
   for (const WrongLane& wrong : opinion.wrong) {
     const auto repetition = static_cast<std::size_t>(wrong.repetition) - 1;
     lanes.push_back({row, device, mode, record.repetitions[repetition], wrong.repetition,
@@ -397,7 +397,7 @@ std::vector<Place> LanesToExplain(const Row& row, const Record& record, const De
     if (!IsSeen(row, repetition) || !FoundMismatch(repetition)) continue;
     for (int element = 0; element < elementsOfRow; ++element) {
       for (int lane = 0; lane < row.lanes; ++lane) {
-        const Place place{row, device, mode, repetition, number, element, lane};
+        const LanePlace place{row, device, mode, repetition, number, element, lane};
         if (RuleOn(place).rejects) lanes.push_back(place);
       }
     }
@@ -405,7 +405,7 @@ std::vector<Place> LanesToExplain(const Row& row, const Record& record, const De
   return lanes;
 }
 
-std::string OtherLane(const Place& place, Kind kind) {
+std::string OtherLane(const LanePlace& place, Kind kind) {
   const std::string where = WhereOf(place.number, place.element, place.lane);
   if (kind == Kind::failedRight) {
     return fmt::format("{}: {}, the reference {}", where, BitsAndNumber(place.Answer()),
@@ -460,9 +460,9 @@ Explanation Explain(const Record& record, const Device& device, const Suspects& 
 
   if (const std::optional<Row> row = RowNamed(record.row)) {
     const FloatMode mode = ModeOf(device, record.buildOptions);
-    const std::vector<Place> lanes =
+    const std::vector<LanePlace> lanes =
         LanesToExplain(*row, record, device, mode, explanation.opinion, explanation.kind);
-    for (const Place& place : lanes) {
+    for (const LanePlace& place : lanes) {
       if (explanation.first.empty()) {
         explanation.first.push_back(ExplainLane(place));
       } else {

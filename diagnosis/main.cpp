@@ -91,7 +91,7 @@ int Main(int argc, char** argv) {
   } catch (const BadUse& refusal) {
     fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
     return 2;
-  } catch (const NoDevice& refusal) {
+  } catch (const NothingToRunOn& refusal) {
     fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
     return 3;
   } catch (const std::exception& error) {

@@ -23,13 +23,13 @@ using Json = nlohmann::ordered_json;
 // What the files are written in. A reader takes no other.
 constexpr int currentFormat = 1;
 
-using Kind = Ending::Kind;
-constexpr std::array<std::pair<Kind, const char*>, 6> kinds = {{{Kind::notRun, "notRun"},
-                                                                {Kind::returned, "returned"},
-                                                                {Kind::exited, "exited"},
-                                                                {Kind::signalled, "signalled"},
-                                                                {Kind::timedOut, "timedOut"},
-                                                                {Kind::lost, "lost"}}};
+constexpr std::array<std::pair<Ending::Kind, const char*>, 6> kinds = {
+    {{Ending::Kind::notRun, "notRun"},
+     {Ending::Kind::returned, "returned"},
+     {Ending::Kind::exited, "exited"},
+     {Ending::Kind::signalled, "signalled"},
+     {Ending::Kind::timedOut, "timedOut"},
+     {Ending::Kind::lost, "lost"}}};
 
 template <class Value, class Of>
 concept Is = std::same_as<std::remove_const_t<Value>, Of>;
@@ -120,7 +120,7 @@ struct Writer {
       return Json::object({{"base64", ToBase64(Bytes(value.begin(), value.end()))}});
     } else if constexpr (std::same_as<Value, Bytes>) {
       return ToBase64(value);
-    } else if constexpr (std::same_as<Value, Kind>) {
+    } else if constexpr (std::same_as<Value, Ending::Kind>) {
       return std::ranges::find(kinds, value, &decltype(kinds)::value_type::first)->second;
     } else if constexpr (std::same_as<Value, std::map<std::string, std::string>>) {
       Json members = Json::object();
@@ -195,7 +195,7 @@ struct Reader {
       if (json.is_string()) bytes = FromBase64(json.template get_ref<const std::string&>());
       if (!bytes) throw Damage(" is not base64");
       value = std::move(*bytes);
-    } else if constexpr (std::same_as<Value, Kind>) {
+    } else if constexpr (std::same_as<Value, Ending::Kind>) {
       const auto* const kind = std::ranges::find_if(
           kinds, [&json](const auto& candidate) { return json == candidate.second; });
       if (kind == kinds.end()) throw Damage(" is not a kind of end");

@@ -11,19 +11,20 @@ namespace diagnosis {
 namespace {
 
 struct Group {
-  Change change;
+  Comparison comparison;
   const char* id;
   const char* title;
   const char* meaning;
 };
 constexpr Group groups[] = {
-    {Change::worse, "worse", "Worse", "In at least one run worse than in the first."},
-    {Change::better, "better", "Better", "Better than in the first run, and nowhere worse."},
-    {Change::otherwise, "otherwise", "Otherwise",
+    {Comparison::worse, "worse", "Worse", "In at least one run worse than in the first."},
+    {Comparison::better, "better", "Better", "Better than in the first run, and nowhere worse."},
+    {Comparison::otherwise, "otherwise", "Otherwise",
      "Neither better nor worse: other lanes, another distance, another detail."},
-    {Change::otherData, "other-data", "Other data",
+    {Comparison::otherData, "other-data", "Other data",
      "The device got other bytes, so that neither run tells of the other."},
-    {Change::oneOnly, "one-only", "Not in all runs", "Skipped or not selected in one of the runs."},
+    {Comparison::oneOnly, "one-only", "Not in all runs",
+     "Skipped or not selected in one of the runs."},
 };
 
 std::string NameOfRun(const std::vector<NamedRun>& runs, std::size_t i) {
@@ -64,14 +65,14 @@ void AddTable(pugi::xml_node parent, std::string_view caption, const std::vector
 }
 
 std::string SentenceOf(const std::vector<NamedRun>& runs, const std::vector<ComparedRow>& rows) {
-  const auto count = [&rows](Change change) {
-    return static_cast<std::size_t>(std::ranges::count(rows, change, &ComparedRow::change));
+  const auto count = [&rows](Comparison comparison) {
+    return static_cast<std::size_t>(std::ranges::count(rows, comparison, &ComparedRow::comparison));
   };
   std::string text =
       fmt::format("Against {}: {} worse, {} better, {} otherwise, {} the same.",
-                  PrintableLine(runs.front().name, 80), Counted(count(Change::worse), "row"),
-                  count(Change::better), count(Change::otherwise), count(Change::same));
-  if (const std::size_t other = count(Change::otherData); other > 0)
+                  PrintableLine(runs.front().name, 80), Counted(count(Comparison::worse), "row"),
+                  count(Comparison::better), count(Comparison::otherwise), count(Comparison::same));
+  if (const std::size_t other = count(Comparison::otherData); other > 0)
     text += fmt::format(" {} on other data, and cannot be compared.",
                         other == 1 ? "1 row ran" : fmt::format("{} rows ran", other));
   return text;
@@ -131,14 +132,14 @@ void AddComparison(pugi::xml_node header, pugi::xml_node main, pugi::xml_node co
   for (const Group& group : groups) {
     std::vector<const ComparedRow*> members;
     for (const ComparedRow& row : rows) {
-      if (row.change == group.change) members.push_back(&row);
+      if (row.comparison == group.comparison) members.push_back(&row);
     }
     if (members.empty()) continue;
     const pugi::xml_node section = AddSection(main, contents, group.id, group.title);
     AddClassed(section, "p", "lead",
                fmt::format("{}. {}", Counted(members.size(), "row"), group.meaning));
     const auto differs = [](const ComparedRow* row) { return !CameToTheSame(*row); };
-    const auto same = group.change == Change::otherData
+    const auto same = group.comparison == Comparison::otherData
                           ? std::stable_partition(members.begin(), members.end(), differs)
                           : members.end();
     if (same != members.begin()) AddTable(section, group.title, runs, {members.begin(), same});

@@ -7,9 +7,9 @@
 namespace diagnosis {
 namespace {
 
-constexpr std::string_view operations[] = {"add", "copy", "floor", "multiply", "power"};
-constexpr std::string_view shapes[] = {"arrays",  "scalar",  "vector2", "vector3",
-                                       "vector4", "vector8", "vector16"};
+constexpr std::string_view operationNames[] = {"add", "copy", "floor", "multiply", "power"};
+constexpr std::string_view shapeNames[] = {"arrays",  "scalar",  "vector2", "vector3",
+                                           "vector4", "vector8", "vector16"};
 constexpr int lanesOf[] = {4, 1, 2, 3, 4, 8, 16};
 constexpr std::string_view numbers[] = {"1", "2", "3", "4", "5", "6"};
 constexpr std::size_t widths[] = {4, 4, 2, 2, 1, 1};
@@ -31,8 +31,8 @@ std::optional<Row> RowNamed(std::string_view name) {
   if (behindOperation == std::string_view::npos || behindShape < behindOperation + middle.size())
     return std::nullopt;
   const std::size_t shapeAt = behindOperation + middle.size();
-  const auto operation = IndexOf(name.substr(0, behindOperation), operations);
-  const auto shape = IndexOf(name.substr(shapeAt, behindShape - shapeAt), shapes);
+  const auto operation = IndexOf(name.substr(0, behindOperation), operationNames);
+  const auto shape = IndexOf(name.substr(shapeAt, behindShape - shapeAt), shapeNames);
   const auto element = IndexOf(name.substr(behindShape + 1), numbers);
   if (!operation || !shape || !element) return std::nullopt;
 

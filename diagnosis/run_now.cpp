@@ -44,7 +44,7 @@ Run RunNow(const std::vector<Job>& jobs, const PoolOptions& options) {
   };
   switch (RunJobs(jobs, options, listener)) {
     case PoolEnd::noDevice:
-      throw NoDevice(noDevice);
+      throw NothingToRunOn(noDevice);
     case PoolEnd::interrupted:
       throw std::runtime_error("interrupted");
     case PoolEnd::finished:

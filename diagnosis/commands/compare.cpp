@@ -18,7 +18,7 @@ void CompareRuns() {
   const std::vector<NamedRun> runs = ReadRuns({before, after});
   const std::vector<ComparedRow> compared = Compare(runs);
   Print(DifferencesOf(runs, compared));
-  if (std::ranges::find(compared, Change::worse, &ComparedRow::change) != compared.end())
+  if (std::ranges::find(compared, Comparison::worse, &ComparedRow::comparison) != compared.end())
     EndWith(1);
 }
 

@@ -46,10 +46,10 @@ Held Holding(const Came& came) {
   return held;
 }
 
-Change Between(Held before, Held after) {
+Comparison Between(Held before, Held after) {
   before.outcome.record = &before.record;
   after.outcome.record = &after.record;
-  return ChangeOf(before.outcome, after.outcome);
+  return ComparisonOf(before.outcome, after.outcome);
 }
 
 TEST(Compare, OrdersWhatARowMayComeTo) {
@@ -64,7 +64,9 @@ TEST(Compare, OrdersWhatARowMayComeTo) {
   for (std::size_t i = 0; i < std::size(fromTheBest); ++i) {
     for (std::size_t j = 0; j < std::size(fromTheBest); ++j) {
       SCOPED_TRACE(std::to_string(i) + " and " + std::to_string(j));
-      const Change expected = j < i ? Change::better : j > i ? Change::worse : Change::same;
+      const Comparison expected = j < i   ? Comparison::better
+                                  : j > i ? Comparison::worse
+                                          : Comparison::same;
       EXPECT_EQ(Between(Holding(fromTheBest[i]), Holding(fromTheBest[j])), expected);
     }
   }
@@ -75,23 +77,23 @@ TEST(Compare, TellsADifferenceThatIsNeitherBetterNorWorse) {
     const char* what;
     Came before;
     Came after;
-    Change change;
+    Comparison comparison;
   } cases[] = {
       {"a right answer less near",
        {Status::pass, right, 0, 2},
        {Status::pass, right, 0, 9},
-       Change::otherwise},
+       Comparison::otherwise},
       {"another wrong answer",
        {Status::fail, wrong, 1, 3, 1},
        {Status::fail, wrong, 1, 3, 3},
-       Change::otherwise},
-      {"a crash in place of a timeout", {Status::crash}, {Status::timeout}, Change::otherwise},
-      {"no longer asked for", {Status::pass, right}, {Status::skip}, Change::oneOnly},
-      {"asked for again", {Status::skip}, {Status::crash}, Change::oneOnly},
-      {"never asked for", {Status::skip}, {Status::skip}, Change::same},
+       Comparison::otherwise},
+      {"a crash in place of a timeout", {Status::crash}, {Status::timeout}, Comparison::otherwise},
+      {"no longer asked for", {Status::pass, right}, {Status::skip}, Comparison::oneOnly},
+      {"asked for again", {Status::skip}, {Status::crash}, Comparison::oneOnly},
+      {"never asked for", {Status::skip}, {Status::skip}, Comparison::same},
   };
   for (const auto& one : cases)
-    EXPECT_EQ(Between(Holding(one.before), Holding(one.after)), one.change) << one.what;
+    EXPECT_EQ(Between(Holding(one.before), Holding(one.after)), one.comparison) << one.what;
 }
 
 TEST(Compare, SetsOutcomesOnOtherDataApart) {
@@ -114,19 +116,20 @@ TEST(Compare, SetsOutcomesOnOtherDataApart) {
   const Came unbuilt{Status::buildError};
   const Came crashed{Status::crash};
   // As far as both came, the bytes decide; where neither shows any, the seed.
-  EXPECT_EQ(Between(with(passed, 1, {one, other}), with(failed, 1, {one})), Change::worse);
-  EXPECT_EQ(Between(with(passed, 1, {one, one}), with(failed, 1, {one, other})), Change::otherData);
-  EXPECT_EQ(Between(with(passed, 1, {one}), with(passed, 2, {one})), Change::same);
-  EXPECT_EQ(Between(with(passed, 1, {one}), with(crashed, 1, {})), Change::worse);
-  EXPECT_EQ(Between(with(passed, 1, {one}), with(crashed, 2, {})), Change::otherData);
+  EXPECT_EQ(Between(with(passed, 1, {one, other}), with(failed, 1, {one})), Comparison::worse);
+  EXPECT_EQ(Between(with(passed, 1, {one, one}), with(failed, 1, {one, other})),
+            Comparison::otherData);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(passed, 2, {one})), Comparison::same);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(crashed, 1, {})), Comparison::worse);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(crashed, 2, {})), Comparison::otherData);
   // No data reaches a build.
-  EXPECT_EQ(Between(with(passed, 1, {one}), with(unbuilt, 2, {})), Change::worse);
+  EXPECT_EQ(Between(with(passed, 1, {one}), with(unbuilt, 2, {})), Comparison::worse);
   // The last byte that is stored, and the first one that is not.
   const Bytes none = unions(0, 0);
   EXPECT_EQ(Between(with(passed, 1, {none}), with(failed, 1, {unions(9 * 32 + 15, 1)})),
-            Change::otherData);
+            Comparison::otherData);
   EXPECT_EQ(Between(with(passed, 1, {none}), with(failed, 1, {unions(9 * 32 + 16, 1)})),
-            Change::worse);
+            Comparison::worse);
 }
 
 // A record of a row that passed, as far as a status goes.
@@ -147,12 +150,12 @@ TEST(Compare, LaysRunsSideBySideInTheMatrixsOrder) {
   const std::vector<ComparedRow> rows = Compare(runs);
   ASSERT_EQ(rows.size(), 3U);
   EXPECT_EQ(rows[0].name, "add_union_arrays_1");
-  EXPECT_EQ(rows[0].change, Change::oneOnly);
+  EXPECT_EQ(rows[0].comparison, Comparison::oneOnly);
   EXPECT_FALSE(rows[0].outcomes[0].has_value());
   EXPECT_TRUE(rows[0].outcomes[1].has_value());
   EXPECT_EQ(rows[1].name, "copy_union_scalar_1");
-  EXPECT_EQ(rows[1].change, Change::worse);
-  EXPECT_EQ(rows[2].change, Change::oneOnly);
+  EXPECT_EQ(rows[1].comparison, Comparison::worse);
+  EXPECT_EQ(rows[2].comparison, Comparison::oneOnly);
 }
 
 TEST(Compare, PrintsWhatDiffersAlone) {
