@@ -125,7 +125,8 @@ const std::vector<Fault_>& Faults() {
        {"copy_union_arrays_1", "floor_union_vector4_3", "add_union_scalar_5"},
        [](Device_ d) {
          d.bitsOf = [](float x) {
-           return static_cast<std::uint32_t>(static_cast<std::int64_t>(x));
+           return std::fabs(x) < 0x1p63F ? static_cast<std::uint32_t>(static_cast<std::int64_t>(x))
+                                         : 0;
          };
        }},
       {{"b-at-16"},
