@@ -105,8 +105,9 @@ class Pool : public testing::Test {
   }
 
   static std::vector<Job> Jobs(const std::vector<std::string>& names) {
-    std::vector<Job> jobs;
-    for (const std::string& name : names) jobs.push_back({.row = IndexOf(name)});
+    std::vector<Job> jobs(names.size());
+    std::ranges::transform(names, jobs.begin(),
+                           [](const std::string& name) { return Job{.row = IndexOf(name)}; });
     return jobs;
   }
 

@@ -49,9 +49,9 @@ TEST(Rehearsal, LearnsEveryRowsConstantsAndPrintsNothing) {
 
 TEST(Stream, GivesRandsNumbersFromAnyPlaceWhateverElseIsDrawn) {
   for (const std::uint32_t seed : {1U, 0U, 2U, 0xFFFFFFFFU}) {
-    std::vector<int> right;
+    std::vector<int> right(1000);
     srandom(seed);
-    for (int i = 0; i < 1000; ++i) right.push_back(static_cast<int>(random()));
+    for (int& number : right) number = static_cast<int>(random());
 
     Stream stream(7);
     for (const std::size_t place : {0U, 500U, 500U, 990U, 3U}) {
