@@ -1,11 +1,11 @@
-#include "diagnosis/compare.h"
+#include "diagnosis/views/compare.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "diagnosis/command.h"
+#include "diagnosis/commands/command.h"
 
 namespace diagnosis {
 

@@ -1,4 +1,4 @@
-#include "diagnosis/explain.h"
+#include "diagnosis/views/explain.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/command.h"
-#include "diagnosis/run_now.h"
-#include "diagnosis/select.h"
+#include "diagnosis/commands/command.h"
+#include "diagnosis/execution/run_now.h"
+#include "diagnosis/record/select.h"
 #include "harness/rows.h"
 
 namespace diagnosis {

@@ -2,9 +2,9 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/command.h"
-#include "diagnosis/rows_table.h"
-#include "diagnosis/select.h"
+#include "diagnosis/commands/command.h"
+#include "diagnosis/record/listing.h"
+#include "diagnosis/record/select.h"
 
 namespace diagnosis {
 

@@ -1,10 +1,10 @@
-#include "diagnosis/report.h"
+#include "diagnosis/views/report.h"
 
 #include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
-#include "diagnosis/command.h"
+#include "diagnosis/commands/command.h"
 
 namespace diagnosis {
 

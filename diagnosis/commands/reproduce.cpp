@@ -1,4 +1,4 @@
-#include "diagnosis/reproduce.h"
+#include "diagnosis/views/reproduce.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -8,9 +8,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "diagnosis/command.h"
-#include "diagnosis/run_now.h"
-#include "diagnosis/select.h"
+#include "diagnosis/commands/command.h"
+#include "diagnosis/execution/run_now.h"
+#include "diagnosis/record/select.h"
 #include "harness/rows.h"
 
 namespace diagnosis {

@@ -19,17 +19,17 @@
 #include <utility>
 #include <vector>
 
-#include "diagnosis/account.h"
-#include "diagnosis/baseline.h"
-#include "diagnosis/command.h"
-#include "diagnosis/end_of_run.h"
-#include "diagnosis/opinion_of_run.h"
-#include "diagnosis/pool.h"
-#include "diagnosis/record.h"
-#include "diagnosis/reporter.h"
-#include "diagnosis/results.h"
-#include "diagnosis/select.h"
-#include "diagnosis/text.h"
+#include "common/outputs/reporter.h"
+#include "common/outputs/results.h"
+#include "common/text/text.h"
+#include "common/workers/pool.h"
+#include "diagnosis/commands/command.h"
+#include "diagnosis/record/record.h"
+#include "diagnosis/record/select.h"
+#include "diagnosis/verdict/account.h"
+#include "diagnosis/verdict/baseline.h"
+#include "diagnosis/views/end_of_run.h"
+#include "diagnosis/views/opinion_of_run.h"
 #include "harness/rows.h"
 
 namespace diagnosis {

@@ -1,9 +1,9 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "diagnosis/command.h"
-#include "diagnosis/rehearsal.h"
-#include "diagnosis/select.h"
+#include "diagnosis/capture/rehearsal.h"
+#include "diagnosis/commands/command.h"
+#include "diagnosis/record/select.h"
 
 namespace diagnosis {
 

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/command.h"
-#include "diagnosis/ledger.h"
-#include "diagnosis/opinion.h"
-#include "diagnosis/run_now.h"
-#include "diagnosis/select.h"
-#include "diagnosis/suspects.h"
+#include "diagnosis/commands/command.h"
+#include "diagnosis/execution/run_now.h"
+#include "diagnosis/judgement/opinion.h"
+#include "diagnosis/localization/suspects.h"
+#include "diagnosis/record/select.h"
+#include "diagnosis/verdict/ledger.h"
 #include "harness/rows.h"
 
 namespace diagnosis {

@@ -1,12 +1,12 @@
-#include "diagnosis/vary.h"
+#include "diagnosis/views/vary.h"
 
 #include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
-#include "diagnosis/command.h"
-#include "diagnosis/run_now.h"
-#include "diagnosis/select.h"
+#include "diagnosis/commands/command.h"
+#include "diagnosis/execution/run_now.h"
+#include "diagnosis/record/select.h"
 
 namespace diagnosis {
 

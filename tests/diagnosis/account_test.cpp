@@ -1,6 +1,6 @@
 // What a row comes to against what was expected of it, and the ledger of a run.
 
-#include "diagnosis/account.h"
+#include "diagnosis/verdict/account.h"
 
 #include <gtest/gtest.h>
 

@@ -25,7 +25,7 @@
 #include <thread>
 #include <tuple>
 
-#include "diagnosis/boundary.h"
+#include "diagnosis/capture/boundary.h"
 #include "layers/layer.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // What people write by hand: baselines, lists of skips, names and globs of rows.
 
-#include "diagnosis/baseline.h"
+#include "diagnosis/verdict/baseline.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -9,8 +9,8 @@
 #include <fstream>
 #include <string>
 
-#include "diagnosis/bad_use.h"
-#include "diagnosis/select.h"
+#include "common/text/bad_use.h"
+#include "diagnosis/record/select.h"
 #include "harness/rows.h"
 
 namespace diagnosis {

@@ -1,6 +1,6 @@
 // How a row's outcomes in two runs compare, and how runs are laid side by side.
 
-#include "diagnosis/compare.h"
+#include "diagnosis/views/compare.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Explanations as a person reads them, against golden files. With UPDATE_GOLDEN in the
 // environment they are written anew, for a person to look through.
 
-#include "diagnosis/explain.h"
+#include "diagnosis/views/explain.h"
 
 #include <CL/cl.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The tree of a page as HTML: whatever the text, it stays text.
 
-#include "diagnosis/html.h"
+#include "common/page/html.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The file for CI servers: every status with its cause, and XML whatever a driver wrote. (The
 // script that runs the program has it read by xmllint.)
 
-#include "diagnosis/junit.h"
+#include "common/outputs/junit.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <pugixml.hpp>
 #include <string>
 
-#include "diagnosis/text.h"
+#include "common/text/text.h"
 #include "made_up_records.h"
 
 namespace diagnosis {

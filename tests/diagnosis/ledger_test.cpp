@@ -1,6 +1,6 @@
 // What a record by itself tells of its row: the status, and the line behind it.
 
-#include "diagnosis/ledger.h"
+#include "diagnosis/verdict/ledger.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #include <functional>
 #include <string>
 
-#include "diagnosis/record.h"
-#include "diagnosis/row.h"
+#include "diagnosis/record/record.h"
+#include "diagnosis/record/row.h"
 
 namespace diagnosis {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "diagnosis/ledger.h"
-#include "diagnosis/record.h"
+#include "diagnosis/record/record.h"
+#include "diagnosis/verdict/ledger.h"
 
 namespace diagnosis {
 

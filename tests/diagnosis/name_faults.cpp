@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/opinion.h"
-#include "diagnosis/run_now.h"
-#include "diagnosis/select.h"
-#include "diagnosis/suspects.h"
-#include "diagnosis/worker.h"
+#include "common/workers/worker.h"
+#include "diagnosis/execution/run_now.h"
+#include "diagnosis/judgement/opinion.h"
+#include "diagnosis/localization/suspects.h"
+#include "diagnosis/record/select.h"
 
 namespace {
 

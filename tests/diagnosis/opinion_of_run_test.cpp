@@ -1,6 +1,6 @@
 // What is said of a whole run, by the kinds of its rows.
 
-#include "diagnosis/opinion_of_run.h"
+#include "diagnosis/views/opinion_of_run.h"
 
 #include <CL/cl.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The second opinion against answers worked by hand.
 
-#include "diagnosis/opinion.h"
+#include "diagnosis/judgement/opinion.h"
 
 #include <CL/cl.h>
 #include <gtest/gtest.h>

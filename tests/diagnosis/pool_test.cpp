@@ -1,7 +1,7 @@
 // Rows in worker processes on the simulated GPU: the data that they get, what becomes of them on
 // drivers that do what they should not, and what is left of the processes.
 
-#include "diagnosis/pool.h"
+#include "common/workers/pool.h"
 
 #include <CL/cl.h>
 #include <gtest/gtest.h>
@@ -22,8 +22,8 @@
 #include <string>
 #include <thread>
 
-#include "diagnosis/ledger.h"
-#include "diagnosis/rehearsal.h"
+#include "diagnosis/capture/rehearsal.h"
+#include "diagnosis/verdict/ledger.h"
 #include "harness/rows.h"
 #include "tests/rows.h"
 

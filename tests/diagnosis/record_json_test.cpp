@@ -10,8 +10,8 @@
 #include <limits>
 #include <string>
 
-#include "diagnosis/ledger.h"
-#include "diagnosis/record.h"
+#include "diagnosis/record/record.h"
+#include "diagnosis/verdict/ledger.h"
 
 namespace diagnosis {
 namespace {

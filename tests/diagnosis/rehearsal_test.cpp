@@ -1,7 +1,7 @@
 // What a row tells of itself when it is run on no device, against what the tests know of the rows;
 // and the stream of random numbers that stands for rand's.
 
-#include "diagnosis/rehearsal.h"
+#include "diagnosis/capture/rehearsal.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include <set>
 #include <sstream>
 
-#include "diagnosis/boundary.h"
+#include "diagnosis/capture/boundary.h"
 #include "tests/rows.h"
 
 namespace diagnosis {

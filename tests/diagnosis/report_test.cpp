@@ -1,7 +1,7 @@
 // The page of a run as a tree: what it says, and how large it may grow. How it looks and works is
 // for a browser to test.
 
-#include "diagnosis/report.h"
+#include "diagnosis/views/report.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/rehearsal.h"
-#include "diagnosis/row.h"
+#include "diagnosis/capture/rehearsal.h"
+#include "diagnosis/record/row.h"
 
 namespace diagnosis {
 namespace {

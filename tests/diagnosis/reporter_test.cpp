@@ -1,7 +1,7 @@
 // What a run says while it lasts and at its end, at times that are given, against golden files.
 // UPDATE_GOLDEN in the environment writes them anew.
 
-#include "diagnosis/reporter.h"
+#include "common/outputs/reporter.h"
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/rows_table.h"
-#include "diagnosis/select.h"
+#include "diagnosis/record/listing.h"
+#include "diagnosis/record/select.h"
 #include "made_up_records.h"
 
 namespace diagnosis {

@@ -1,6 +1,6 @@
 // Reproducers, compiled by every compiler that is here and run against a scripted OpenCL.
 
-#include "diagnosis/reproduce.h"
+#include "diagnosis/views/reproduce.h"
 
 #include <CL/cl.h>
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/rehearsal.h"
-#include "diagnosis/row.h"
+#include "diagnosis/capture/rehearsal.h"
+#include "diagnosis/record/row.h"
 
 namespace diagnosis {
 namespace {

@@ -1,6 +1,6 @@
 // Suspects on the records of made-up devices: each fault is named, and none by another's name.
 
-#include "diagnosis/suspects.h"
+#include "diagnosis/localization/suspects.h"
 
 #include <CL/cl.h>
 #include <fmt/format.h>
@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/opinion.h"
+#include "diagnosis/judgement/opinion.h"
 #include "tests/diagnosis/made_up_device.h"
 
 namespace diagnosis {

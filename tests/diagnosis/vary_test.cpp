@@ -1,6 +1,6 @@
 // The table of variations, on made-up records.
 
-#include "diagnosis/vary.h"
+#include "diagnosis/views/vary.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
-#include "diagnosis/row.h"
-#include "diagnosis/select.h"
+#include "diagnosis/record/row.h"
+#include "diagnosis/record/select.h"
 
 namespace diagnosis {
 namespace {

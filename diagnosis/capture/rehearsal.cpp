@@ -1,0 +1,236 @@
+#include "diagnosis/capture/rehearsal.h"
+
+#include <bit>
+#include <cstring>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+
+#include "diagnosis/capture/boundary.h"
+#include "diagnosis/record/row.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+namespace {
+
+// Looks for the greatest distance from the right answer that a row's check lets pass. A distance
+// is tried in each repetition.
+class ToleranceSearch {
+ public:
+  std::uint32_t Distance() const {
+    if (!passes_) return 0;
+    if (!fails_) return *passes_ == 0 ? 1 : *passes_ * 2;
+    return *passes_ + (*fails_ - *passes_) / 2;
+  }
+
+  void Tried(bool passed) { (passed ? passes_ : fails_) = Distance(); }
+
+  bool Done() const { return passes_ && fails_ && *fails_ - *passes_ == 1; }
+  bool Lost() const { return (fails_ && !passes_) || passes_ > 1U << 20; }
+  std::uint32_t Tolerance() const { return *passes_; }
+
+ private:
+  std::optional<std::uint32_t> passes_;  // the greatest
+  std::optional<std::uint32_t> fails_;   // the least
+};
+
+// What stands for the device. The process has one, as the entry points have no other way to it.
+struct Stage {
+  Row row;
+  Rehearsed told;
+  ToleranceSearch search;
+  std::ostringstream out;
+  std::size_t draws = 0;
+  std::size_t globalSize = 0;
+  std::optional<std::size_t> answeredAt;  // in `out`; while there is no verdict yet
+};
+Stage* stage = nullptr;
+
+// With nothing but zeros drawn, every operand is 0 whatever the row does to it, and every answer
+// too, but for the powers of exponent 0.
+int DrawZero() {
+  ++stage->draws;
+  return 0;
+}
+
+// Answers `Distance` units in the last place from what is right, in all lanes.
+void Answer(std::byte* destination) {
+  const Row& row = stage->row;
+  for (int element = 0; element < elementsOfRow; ++element) {
+    for (int lane = 0; lane < row.lanes; ++lane) {
+      const bool one = row.operation == Operation::power && ExponentOf(row, element, lane) == 0;
+      const std::uint32_t bits =
+          std::bit_cast<std::uint32_t>(one ? 1.0F : 0.0F) + stage->search.Distance();
+      std::memcpy(destination + static_cast<std::size_t>(element) * stage->told.stride +
+                      static_cast<std::size_t>(lane) * sizeof bits,
+                  &bits, sizeof bits);
+    }
+  }
+  stage->answeredAt = stage->out.view().size();
+}
+
+// A repetition that fails writes a mismatch line before its RUN line.
+void TakeVerdict() {
+  if (stage->answeredAt && !stage->search.Done())
+    stage->search.Tried(stage->out.view().substr(*stage->answeredAt).starts_with("RUN "));
+  stage->answeredAt.reset();
+}
+
+template <class Handle>
+Handle AnyHandle() {
+  static char object;
+  return reinterpret_cast<Handle>(&object);
+}
+
+template <class Handle>
+Handle Created(cl_int* code) {
+  if (code != nullptr) *code = CL_SUCCESS;
+  return AnyHandle<Handle>();
+}
+
+template <class Handle>
+cl_int GiveOut(cl_uint wanted, Handle* handles, cl_uint* count) {
+  if (handles != nullptr && wanted > 0) handles[0] = AnyHandle<Handle>();
+  if (count != nullptr) *count = 1;
+  return CL_SUCCESS;
+}
+
+template <class... Arguments>
+cl_int CL_API_CALL Nothing(Arguments...) {
+  return CL_SUCCESS;
+}
+
+consteval cl_icd_dispatch EntryPoints() {
+  cl_icd_dispatch calls{};
+  calls.clGetPlatformIDs = GiveOut;
+  // The bindings ask for the version of the device's platform.
+  calls.clGetDeviceInfo = [](cl_device_id, cl_device_info, size_t, void* value, size_t*) -> cl_int {
+    auto* const platform = AnyHandle<cl_platform_id>();
+    std::memcpy(value, &platform, sizeof platform);
+    return CL_SUCCESS;
+  };
+  calls.clGetPlatformInfo = [](cl_platform_id, cl_platform_info, size_t size, void* value,
+                               size_t* returned) -> cl_int {
+    constexpr char version[] = "OpenCL 1.2 rehearsal";
+    if (returned != nullptr) *returned = sizeof version;
+    if (value != nullptr && size >= sizeof version) std::memcpy(value, version, sizeof version);
+    return CL_SUCCESS;
+  };
+  calls.clCreateContextFromType = [](const cl_context_properties*, cl_device_type,
+                                     void(CL_CALLBACK*)(const char*, const void*, size_t, void*),
+                                     void*, cl_int* code) { return Created<cl_context>(code); };
+  // Asked for nothing but its devices.
+  calls.clGetContextInfo = [](cl_context, cl_context_info, size_t size, void* value,
+                              size_t* returned) -> cl_int {
+    auto* const device = AnyHandle<cl_device_id>();
+    if (returned != nullptr) *returned = sizeof device;
+    if (value != nullptr && size >= sizeof device) std::memcpy(value, &device, sizeof device);
+    return CL_SUCCESS;
+  };
+  calls.clCreateProgramWithSource = [](cl_context, cl_uint, const char** strings,
+                                       const size_t* lengths, cl_int* code) {
+    stage->told.source.assign(strings[0], lengths[0]);
+    return Created<cl_program>(code);
+  };
+  calls.clCreateKernel = [](cl_program, const char* name, cl_int* code) {
+    stage->told.kernel = name;
+    return Created<cl_kernel>(code);
+  };
+  calls.clCreateBuffer = [](cl_context, cl_mem_flags, size_t, void*, cl_int* code) {
+    return Created<cl_mem>(code);
+  };
+  calls.clCreateCommandQueue = [](cl_context, cl_device_id, cl_command_queue_properties,
+                                  cl_int* code) { return Created<cl_command_queue>(code); };
+  calls.clEnqueueNDRangeKernel = [](cl_command_queue, cl_kernel, cl_uint, const size_t*,
+                                    const size_t* globalSize, const size_t*, cl_uint,
+                                    const cl_event*, cl_event*) -> cl_int {
+    TakeVerdict();
+    stage->globalSize = *globalSize;
+    ++stage->told.repetitions;
+    return CL_SUCCESS;
+  };
+  calls.clEnqueueReadBuffer = [](cl_command_queue, cl_mem, cl_bool, size_t, size_t size,
+                                 void* destination, cl_uint, const cl_event*, cl_event*) -> cl_int {
+    stage->told.stride = size / stage->globalSize;
+    Answer(static_cast<std::byte*>(destination));
+    return CL_SUCCESS;
+  };
+  calls.clBuildProgram = Nothing;
+  calls.clSetKernelArg = Nothing;
+  calls.clEnqueueWriteBuffer = Nothing;
+  calls.clRetainDevice = Nothing;
+  calls.clReleaseDevice = Nothing;
+  calls.clRetainContext = Nothing;
+  calls.clReleaseContext = Nothing;
+  calls.clRetainProgram = Nothing;
+  calls.clReleaseProgram = Nothing;
+  calls.clRetainKernel = Nothing;
+  calls.clReleaseKernel = Nothing;
+  calls.clRetainMemObject = Nothing;
+  calls.clReleaseMemObject = Nothing;
+  calls.clRetainCommandQueue = Nothing;
+  calls.clReleaseCommandQueue = Nothing;
+  return calls;
+}
+
+constexpr cl_icd_dispatch entryPoints = EntryPoints();
+
+// Runs the row once on `onStage` and takes the verdict of each repetition. Returns what it wrote.
+std::string RunOn(Stage& onStage, const NamedRunner& runner) {
+  stage = &onStage;
+  onStage.told.repetitions = 0;
+  onStage.draws = 0;
+  onStage.out.str("");
+  const Ground before = SetGround({&entryPoints, DrawZero});
+  std::streambuf* const out = std::cout.rdbuf(onStage.out.rdbuf());
+  runner.run();
+  TakeVerdict();
+  std::cout.rdbuf(out);
+  SetGround(before);
+  stage = nullptr;
+  return onStage.out.str();
+}
+
+int RunLines(std::string_view written) {
+  int lines = 0;
+  for (std::size_t at = 0; (at = written.find("\nRUN ", at)) != std::string_view::npos; ++at)
+    ++lines;
+  return lines;
+}
+
+Rehearsed Rehearse(const NamedRunner& runner) {
+  Stage own;
+  own.row = RowNamed(runner.name).value();
+  own.told.name = runner.name;
+  own.told.runLines = RunLines(RunOn(own, runner));
+  own.told.drawsPerRepetition = own.draws / static_cast<std::size_t>(own.told.repetitions);
+  // A row that repeats itself too seldom for the search is run again.
+  while (!own.search.Done()) {
+    if (own.search.Lost())
+      throw std::logic_error(own.row.name + " cannot tell a right answer from a wrong one");
+    RunOn(own, runner);
+  }
+  own.told.tolerance = own.search.Tolerance();
+  return own.told;
+}
+
+}  // namespace
+
+const std::vector<Rehearsed>& Rehearsal() {
+  static const auto rehearsal = [] {
+    std::vector<Rehearsed> rehearsed;
+    rehearsed.reserve(std::size(rows));
+    std::size_t draws = 0;
+    for (const NamedRunner& row : rows) {
+      Rehearsed& told = rehearsed.emplace_back(Rehearse(row));
+      told.scheduled = rehearsed.size() <= schedule.size();
+      told.drawsBefore = draws;
+      draws += told.drawsPerRepetition * static_cast<std::size_t>(told.repetitions);
+    }
+    return rehearsed;
+  }();
+  return rehearsal;
+}
+
+}  // namespace diagnosis

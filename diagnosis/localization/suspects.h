@@ -1,0 +1,40 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "diagnosis/record/record.h"
+
+namespace diagnosis {
+
+/// The suspect of a row that nothing explains.
+inline constexpr char unexplained[] = "unexplained";
+
+/// The suspect of a row that failed though it is right, because the device keeps denormals.
+inline constexpr char denormalsKept[] = "denormals-kept";
+
+/// What a device may do wrong with unions, and the rows that it explains.
+struct Suspect {
+  std::string name;     // "b-at-32", "lanes-reversed", ...; two at once are "negated+b-at-32"
+  std::string meaning;  // one sentence
+  std::vector<std::string> rows;
+  std::vector<std::string> alike;  // others that explain the same rows: the data can't tell
+};
+
+/// The suspects of a run.
+struct Suspects {
+  /// For each wrong row the suspects that predict every one of its lanes, those that explain most
+  /// rows of the run first, the simplest first among equals; "unexplained" where none does. A row
+  /// that failed but is right has "denormals-kept" if that is why.
+  std::map<std::string, std::vector<std::string>> byRow;
+  /// What each of these means in that row: one sentence, with what it leaves open behind it.
+  std::map<std::string, std::vector<std::string>> meaningsByRow;
+  /// The fewest suspects that explain all of these rows; rows that none explains under
+  /// "unexplained", which is last.
+  std::vector<Suspect> fewest;
+};
+
+Suspects SuspectsOf(const Run& run);
+
+}  // namespace diagnosis

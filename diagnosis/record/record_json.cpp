@@ -1,0 +1,330 @@
+#include <fmt/format.h>
+
+#include <array>
+#include <concepts>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <type_traits>
+
+#include "common/text/text.h"
+#include "diagnosis/record/record.h"
+
+namespace diagnosis {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// What the files are written in. A reader takes no other.
+constexpr int currentFormat = 1;
+
+constexpr std::array<std::pair<Ending::Kind, const char*>, 6> kinds = {
+    {{Ending::Kind::notRun, "notRun"},
+     {Ending::Kind::returned, "returned"},
+     {Ending::Kind::exited, "exited"},
+     {Ending::Kind::signalled, "signalled"},
+     {Ending::Kind::timedOut, "timedOut"},
+     {Ending::Kind::lost, "lost"}}};
+
+template <class Value, class Of>
+concept Is = std::same_as<std::remove_const_t<Value>, Of>;
+
+// The members of each type under their names in the file, for both directions.
+
+void Members(auto& io, Is<Device> auto& device) {
+  io("platform", device.platform);
+  io("name", device.name);
+  io("vendor", device.vendor);
+  io("version", device.version);
+  io("driverVersion", device.driverVersion);
+  io("singleFpConfig", device.singleFpConfig);
+}
+
+void Members(auto& io, Is<Repetition> auto& repetition) {
+  io("inputA", repetition.inputA);
+  io("inputB", repetition.inputB);
+  io("launched", repetition.launched);
+  io("result", repetition.result);
+  io("out", repetition.out);
+}
+
+void Members(auto& io, Is<FailedCall> auto& call) {
+  io("name", call.name);
+  io("code", call.code);
+  io("repetition", call.repetition);
+}
+
+void Members(auto& io, Is<Ending> auto& ending) {
+  io("kind", ending.kind);
+  io("value", ending.value);
+  io("reason", ending.reason);
+}
+
+void Members(auto& io, Is<Record> auto& record) {
+  io("row", record.row);
+  io("seed", record.seed);
+  io("buildOptions", record.buildOptions);
+  io("localSize", record.localSize);
+  io("source", record.source);
+  io("kernel", record.kernel);
+  io("buildLog", record.buildLog);
+  io("repetitions", record.repetitions);
+  io("behindA", record.behindA);
+  io("behindB", record.behindB);
+  io("behindResult", record.behindResult);
+  io("launches", record.launches);
+  io("failedCalls", record.failedCalls);
+  io("randDrawn", record.randDrawn);
+  io("out", record.out);
+  io("err", record.err);
+  io("driver", record.driver);
+  io("ending", record.ending);
+  io("seconds", record.seconds);
+  io("buildSeconds", record.buildSeconds);
+  io("again", record.again);
+}
+
+void Members(auto& io, Is<RunInfo> auto& info) {
+  io("version", info.version);
+  io("command", info.command);
+  io("options", info.options);
+  io("expected", info.expected);
+  io("start", info.start);
+  io("end", info.end);
+  io("host", info.host);
+  io("device", info.device);
+  io("selected", info.selected);
+  io("running", info.running);
+}
+
+struct Writer {
+  Json& object;
+
+  template <class Value>
+  void operator()(const char* name, const Value& value) {
+    object[name] = Written(value);
+  }
+
+  template <class Value>
+  static Json Written(const Value& value) {
+    if constexpr (std::is_arithmetic_v<Value>) {
+      return value;
+    } else if constexpr (std::same_as<Value, std::string>) {
+      // Text is readable in the file wherever JSON can hold it.
+      if (IsUtf8(value)) return value;
+      return Json::object({{"base64", ToBase64(Bytes(value.begin(), value.end()))}});
+    } else if constexpr (std::same_as<Value, Bytes>) {
+      return ToBase64(value);
+    } else if constexpr (std::same_as<Value, Ending::Kind>) {
+      return std::ranges::find(kinds, value, &decltype(kinds)::value_type::first)->second;
+    } else if constexpr (std::same_as<Value, std::map<std::string, std::string>>) {
+      Json members = Json::object();
+      for (const auto& [name, text] : value) members[name] = Written(text);
+      return members;
+    } else if constexpr (requires { value.begin(); }) {
+      Json list = Json::array();
+      for (const auto& entry : value) list.push_back(Written(entry));
+      return list;
+    } else {
+      Json members = Json::object();
+      Writer writer{members};
+      Members(writer, value);
+      return members;
+    }
+  }
+};
+
+// What is wrong with a value, and where: "repetitions[3].result is not base64".
+class Damage : public std::runtime_error {
+ public:
+  Damage(std::string where, const std::string& what)
+      : std::runtime_error(where + what), where_(std::move(where)), what_(what) {}
+  explicit Damage(const std::string& what) : Damage("", what) {}
+
+  Damage Within(const std::string& outer) const {
+    const bool joined = where_.empty() || where_.starts_with('[');
+    return {outer + (joined ? "" : ".") + where_, what_};
+  }
+
+ private:
+  std::string where_;
+  std::string what_;
+};
+
+struct Reader {
+  const Json& object;
+
+  template <class Value>
+  void operator()(const char* name, Value& value) {
+    try {
+      const auto found = object.find(name);
+      if (found == object.end()) throw Damage(" is missing");
+      Read(*found, value);
+    } catch (const Damage& damage) {
+      throw damage.Within(name);
+    }
+  }
+
+  template <class Value>
+  static void Read(const Json& json, Value& value) {
+    if constexpr (std::same_as<Value, bool>) {
+      if (!json.is_boolean()) throw Damage(" is not true or false");
+      value = json.template get<bool>();
+    } else if constexpr (std::integral<Value>) {
+      value = Integer<Value>(json);
+    } else if constexpr (std::same_as<Value, double>) {
+      if (!json.is_number()) throw Damage(" is not a number");
+      value = json.template get<double>();
+    } else if constexpr (std::same_as<Value, std::string>) {
+      const bool isEncoded = json.is_object() && json.size() == 1 && json.contains("base64");
+      if (!json.is_string() && !isEncoded) throw Damage(" is not a text");
+      if (isEncoded) {
+        Bytes bytes;
+        Read(json["base64"], bytes);
+        value.assign(bytes.begin(), bytes.end());
+      } else {
+        value = json.template get<std::string>();
+      }
+    } else if constexpr (std::same_as<Value, Bytes>) {
+      std::optional<Bytes> bytes;
+      if (json.is_string()) bytes = FromBase64(json.template get_ref<const std::string&>());
+      if (!bytes) throw Damage(" is not base64");
+      value = std::move(*bytes);
+    } else if constexpr (std::same_as<Value, Ending::Kind>) {
+      const auto* const kind = std::ranges::find_if(
+          kinds, [&json](const auto& candidate) { return json == candidate.second; });
+      if (kind == kinds.end()) throw Damage(" is not a kind of end");
+      value = kind->first;
+    } else if constexpr (std::same_as<Value, std::map<std::string, std::string>>) {
+      if (!json.is_object()) throw Damage(" is not an object");
+      for (const auto& [name, text] : json.items()) Read(text, value[name]);
+    } else if constexpr (requires { value.emplace_back(); }) {
+      if (!json.is_array()) throw Damage(" is not a list");
+      for (std::size_t i = 0; i < json.size(); ++i) {
+        try {
+          Read(json[i], value.emplace_back());
+        } catch (const Damage& damage) {
+          throw damage.Within(fmt::format("[{}]", i));
+        }
+      }
+    } else {
+      if (!json.is_object()) throw Damage(" is not an object");
+      Reader reader{json};
+      Members(reader, value);
+    }
+  }
+
+  template <class Value>
+  static Value Integer(const Json& json) {
+    // An integer of a file is either of these, and what is negative never the first.
+    if (json.is_number_unsigned()) {
+      const auto integer = json.template get<std::uint64_t>();
+      if (std::in_range<Value>(integer)) return static_cast<Value>(integer);
+    } else if (json.is_number_integer()) {
+      const auto integer = json.template get<std::int64_t>();
+      if (std::in_range<Value>(integer)) return static_cast<Value>(integer);
+    }
+    throw Damage(" is not an integer in range");
+  }
+};
+
+Json WithFormat(const auto& value) {
+  Json json = Json::object({{"format", currentFormat}});
+  Writer writer{json};
+  Members(writer, value);
+  return json;
+}
+
+// Reads `text`, which stands at `place`, into `value`.
+void ReadAt(const std::string& place, std::string_view text, auto& value) {
+  const Json json = Json::parse(text, nullptr, false);
+  if (!json.is_object()) throw std::runtime_error(place + ": this is not a whole JSON object");
+  try {
+    int format = 0;
+    Reader reader{json};
+    reader("format", format);
+    if (format != currentFormat)
+      throw Damage(
+          fmt::format("this is of format {}, and only {} can be read", format, currentFormat));
+    Members(reader, value);
+  } catch (const Damage& damage) {
+    throw std::runtime_error(place + ": " + damage.what());
+  }
+}
+
+std::ifstream Opened(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  // A folder can be opened, but not read.
+  if (!file || !std::filesystem::is_regular_file(path))
+    throw std::runtime_error(path + ": there is no such file, or it cannot be read");
+  return file;
+}
+
+Record NotReached(const RunInfo& info, const std::string& row) {
+  Record record;
+  record.row = row;
+  const bool running = std::ranges::find(info.running, row) != info.running.end();
+  record.ending.reason = running ? "the run was cut off in mid-row" : "the run was cut off";
+  return record;
+}
+
+}  // namespace
+
+std::string ToJson(const Record& record) { return WithFormat(record).dump(); }
+
+std::string ToJson(const RunInfo& info) {
+  Json json = WithFormat(info);
+  // For people and other programs; it follows from the configuration's bits.
+  Json capabilities = Json::array();
+  constexpr const char* names[] = {
+      "denorm",       "inf_nan", "round_to_nearest", "round_to_zero",
+      "round_to_inf", "fma",     "soft_float",       "correctly_rounded_divide_sqrt"};
+  for (std::size_t bit = 0; bit < std::size(names); ++bit)
+    if ((info.device.singleFpConfig >> bit & 1) != 0) capabilities.push_back(names[bit]);
+  json["device"]["capabilities"] = capabilities;
+  return json.dump(2) + "\n";
+}
+
+Run ReadRun(const std::string& folder) {
+  Run run;
+  const std::string infoPath = folder + "/run.json";
+  std::ifstream infoFile = Opened(infoPath);
+  ReadAt(infoPath, std::string(std::istreambuf_iterator<char>(infoFile), {}), run.info);
+
+  std::map<std::string, Record> records;
+  for (const std::string& row : run.info.selected) {
+    if (!records.emplace(row, NotReached(run.info, row)).second)
+      throw std::runtime_error(infoPath + ": selected names a row twice: " + PrintableLine(row));
+  }
+
+  const std::string path = folder + "/records.jsonl";
+  std::ifstream file = Opened(path);
+  std::string line;
+  std::map<std::string, int> lines;
+  for (int number = 1; std::getline(file, line); ++number) {
+    // A line without its end is a row whose record was being written when the run was cut off.
+    if (file.eof()) break;
+    const std::string place = fmt::format("{}:{}", path, number);
+    Record record;
+    ReadAt(place, line, record);
+    const auto selected = records.find(record.row);
+    if (selected == records.end())
+      throw std::runtime_error(place +
+                               ": run.json does not name this row: " + PrintableLine(record.row));
+    if (const auto [first, isFirst] = lines.emplace(record.row, number); !isFirst)
+      throw std::runtime_error(
+          fmt::format("{}: line {} is of the same row, {}", place, first->second, record.row));
+    selected->second = std::move(record);
+  }
+  if (file.bad()) throw std::runtime_error(path + ": it cannot be read");
+  for (const std::string& row : run.info.selected)
+    run.records.push_back(std::move(records.find(row)->second));
+  return run;
+}
+
+}  // namespace diagnosis

@@ -1,0 +1,65 @@
+#include "diagnosis/record/select.h"
+
+#include <fmt/format.h>
+#include <fnmatch.h>
+
+#include <algorithm>
+#include <numeric>
+
+#include "common/text/bad_use.h"
+#include "common/text/configuration_lines.h"
+#include "common/text/text.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+
+namespace {
+
+std::vector<std::size_t> Matching(const std::string& pattern) {
+  std::vector<std::size_t> matching;
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    if (fnmatch(pattern.c_str(), rows[i].name.data(), 0) == 0) matching.push_back(i);
+  }
+  return matching;
+}
+
+}  // namespace
+
+std::vector<std::size_t> Select(const std::vector<std::string>& patterns) {
+  std::vector<std::size_t> selected;
+  if (patterns.empty()) {
+    selected.resize(std::size(rows));
+    std::iota(selected.begin(), selected.end(), std::size_t{0});
+  }
+  for (const std::string& pattern : patterns) {
+    const std::vector<std::size_t> matching = Matching(pattern);
+    if (matching.empty())
+      throw BadUse(
+          fmt::format("no row matches '{}' ('triage list' names them)", PrintableLine(pattern)));
+    selected.insert(selected.end(), matching.begin(), matching.end());
+  }
+  std::ranges::sort(selected);
+  selected.erase(std::unique(selected.begin(), selected.end()), selected.end());
+  return selected;
+}
+
+std::size_t RowCalled(std::string_view name) {
+  const auto* const row = std::ranges::find(rows, name, &NamedRunner::name);
+  if (row == std::end(rows))
+    throw BadUse(
+        fmt::format("no row is called '{}' ('triage list' names them)", PrintableLine(name)));
+  return static_cast<std::size_t>(row - std::begin(rows));
+}
+
+Skips ReadSkips(const std::string& path) {
+  Skips skips;
+  for (const auto& [place, text] : LinesOf(path)) {
+    const std::vector<std::size_t> matching = Matching(text);
+    if (matching.empty())
+      throw BadUse(fmt::format("{}: no row matches '{}'", place, PrintableLine(text)));
+    for (const std::size_t row : matching) skips.emplace(rows[row].name, place);
+  }
+  return skips;
+}
+
+}  // namespace diagnosis

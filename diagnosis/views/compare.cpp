@@ -1,0 +1,249 @@
+#include "diagnosis/views/compare.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <set>
+#include <tuple>
+
+#include "common/text/bad_use.h"
+#include "common/text/text.h"
+#include "diagnosis/record/row.h"
+#include "diagnosis/verdict/account.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+
+namespace {
+
+bool IsWrong(Standing standing) {
+  return standing == Standing::passedWrong || standing == Standing::failedWrong;
+}
+
+// The bytes that the row stores. What else is in a union was there before, and is another every
+// time.
+bool HaveOtherStores(const Bytes& first, const Bytes& second, const Row& row) {
+  const std::size_t stored =
+      static_cast<std::size_t>(row.lanes) * std::max(row.width, sizeof(float));
+  const std::size_t size = std::min(first.size(), second.size());
+  for (std::size_t at = 0; at + stored <= size; at += row.stride) {
+    if (!std::equal(&first[at], &first[at] + stored, &second[at])) return true;
+  }
+  return false;
+}
+
+// As far as both came. Where the seeds differ and one came to no repetition, nothing says that the
+// data would have been the same.
+bool OnOtherData(const Record& before, const Record& after) {
+  const std::optional<Row> row = RowNamed(before.row);
+  const std::size_t common = std::min(before.repetitions.size(), after.repetitions.size());
+  for (std::size_t i = 0; row && i < common; ++i) {
+    const Repetition& first = before.repetitions[i];
+    const Repetition& second = after.repetitions[i];
+    if (HaveOtherStores(first.inputA, second.inputA, *row) ||
+        HaveOtherStores(first.inputB, second.inputB, *row))
+      return true;
+  }
+  return common == 0 && before.seed != after.seed;
+}
+
+bool SameLane(const WrongLane& a, const WrongLane& b) {
+  return std::tie(a.repetition, a.element, a.lane) == std::tie(b.repetition, b.element, b.lane) &&
+         std::bit_cast<std::uint32_t>(a.answer) == std::bit_cast<std::uint32_t>(b.answer);
+}
+
+Comparison ComparisonBetween(const std::optional<Outcome>& before,
+                             const std::optional<Outcome>& after) {
+  if (before && after) return ComparisonOf(*before, *after);
+  const std::optional<Outcome>& there = before ? before : after;
+  return there && StandingOf(*there) != Standing::notRun ? Comparison::oneOnly : Comparison::same;
+}
+
+std::string ShortSummaryOf(const std::optional<Outcome>& outcome) {
+  return outcome ? SummaryOf(*outcome) : "not selected";
+}
+
+}  // namespace
+
+Outcome OutcomeOf(const Record& record, const Device& device) {
+  // No expected results: what a page says of a row does not hang on what was thought of it before.
+  Outcome outcome{&record, AccountOf(record, {}).status, OpinionOf(record, device), Kind::neither};
+  outcome.kind = KindOf(record, outcome.opinion);
+  return outcome;
+}
+
+std::string SummaryOf(const Outcome& outcome) {
+  std::string text(NameOf(outcome.status));
+  const Opinion& opinion = outcome.opinion;
+  if (outcome.status == Status::pass || outcome.status == Status::fail) {
+    switch (opinion.verdict) {
+      case Opinion::Verdict::right:
+        text += outcome.status == Status::pass ? " and right" : ", but right";
+        break;
+      case Opinion::Verdict::wrong:
+        text += fmt::format(", wrong in {} of {} lanes", opinion.wrong.size(), opinion.lanes);
+        break;
+      case Opinion::Verdict::unseen:
+        text += ", unseen";
+        break;
+    }
+    if (opinion.greatestUlps > 0)
+      text += fmt::format(", {} {}", opinion.greatestUlps,
+                          opinion.greatestUlps == 1 ? "ulp" : "ulps at most");
+  } else if (const std::string detail = DetailOf(*outcome.record); !detail.empty()) {
+    text += ": " + detail;
+  }
+  return text;
+}
+
+Standing StandingOf(const Outcome& outcome) {
+  switch (outcome.status) {
+    case Status::error:
+      return Standing::error;
+    case Status::buildError:
+      return Standing::buildError;
+    case Status::crash:
+    case Status::timeout:
+      return Standing::broken;
+    case Status::skip:
+      return Standing::notRun;
+    case Status::missing:
+      return Standing::missing;
+    default:
+      break;
+  }
+  switch (outcome.kind) {
+    case Kind::passedRight:
+      return Standing::passedRight;
+    case Kind::failedRight:
+      return Standing::failedRight;
+    case Kind::passedWrong:
+      return Standing::passedWrong;
+    case Kind::failedWrong:
+      return Standing::failedWrong;
+    case Kind::neither:
+      break;
+  }
+  return outcome.status == Status::pass ? Standing::passedUnseen : Standing::failedWrong;
+}
+
+Comparison ComparisonOf(const Outcome& before, const Outcome& after) {
+  const Standing first = StandingOf(before);
+  const Standing second = StandingOf(after);
+  if (first == Standing::notRun || second == Standing::notRun)
+    return first == second ? Comparison::same : Comparison::oneOnly;
+  const bool built = first != Standing::buildError && second != Standing::buildError;
+  if (built && OnOtherData(*before.record, *after.record)) return Comparison::otherData;
+  if (first != second) return second < first ? Comparison::better : Comparison::worse;
+
+  const Opinion& a = before.opinion;
+  const Opinion& b = after.opinion;
+  if (IsWrong(first)) {
+    const auto ill = std::pair(a.wrong.size(), a.greatestUlps);
+    const auto now = std::pair(b.wrong.size(), b.greatestUlps);
+    if (now != ill) return now < ill ? Comparison::better : Comparison::worse;
+    return std::ranges::equal(a.wrong, b.wrong, SameLane) ? Comparison::same
+                                                          : Comparison::otherwise;
+  }
+  if (a.greatestUlps != b.greatestUlps) return Comparison::otherwise;
+  return before.status == after.status && DetailOf(*before.record) == DetailOf(*after.record)
+             ? Comparison::same
+             : Comparison::otherwise;
+}
+
+std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders) {
+  std::vector<NamedRun> runs;
+  for (const std::string& folder : folders) {
+    try {
+      runs.push_back({folder, ReadRun(folder)});
+    } catch (const std::runtime_error& error) {
+      throw BadUse(error.what());
+    }
+  }
+  return runs;
+}
+
+std::vector<ComparedRow> Compare(const std::vector<NamedRun>& runs) {
+  std::map<std::string_view, std::vector<std::optional<Outcome>>> byName;
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    for (const Record& record : runs[i].run.records) {
+      auto& outcomes = byName[record.row];
+      outcomes.resize(runs.size());
+      outcomes[i] = OutcomeOf(record, runs[i].run.info.device);
+    }
+  }
+  std::vector<ComparedRow> compared;
+  for (const NamedRunner& row : rows) {
+    const auto found = byName.find(row.name);
+    if (found == byName.end()) continue;
+    ComparedRow one{std::string(row.name), std::move(found->second), Comparison::same};
+    for (const auto& outcome : one.outcomes)
+      one.comparison = std::max(one.comparison, ComparisonBetween(one.outcomes.front(), outcome));
+    compared.push_back(std::move(one));
+  }
+  return compared;
+}
+
+bool CameToTheSame(const ComparedRow& row) {
+  return std::ranges::all_of(row.outcomes, [&row](const auto& outcome) {
+    return outcome && row.outcomes.front() &&
+           StandingOf(*outcome) == StandingOf(*row.outcomes.front());
+  });
+}
+
+std::string DifferencesOf(const std::vector<NamedRun>& runs,
+                          const std::vector<ComparedRow>& compared) {
+  std::string text;
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const RunInfo& info = runs[i].run.info;
+    text += fmt::format("{}  {}: {}, driver {}, {}\n", static_cast<char>('A' + i),
+                        PrintableLine(runs[i].name), PrintableLine(info.device.name),
+                        PrintableLine(info.device.driverVersion), PrintableLine(info.start));
+  }
+
+  struct Section {
+    Comparison comparison;
+    std::string_view title;
+    std::string_view count;
+  };
+  constexpr Section sections[] = {
+      {Comparison::worse, "Worse", "worse"},
+      {Comparison::better, "Better", "better"},
+      {Comparison::otherwise, "Neither better nor worse", "otherwise"},
+      {Comparison::otherData, "On other data", "on other data"},
+      {Comparison::oneOnly, "In one run only", "in one run only"},
+  };
+  std::string counts;
+  std::size_t same = compared.size();
+  for (const Section& section : sections) {
+    std::size_t count = 0;
+    std::size_t untold = 0;
+    std::string lines;
+    for (const ComparedRow& row : compared) {
+      if (row.comparison != section.comparison) continue;
+      ++count;
+      const std::string before = ShortSummaryOf(row.outcomes.front());
+      const std::string after = ShortSummaryOf(row.outcomes.back());
+      if (section.comparison == Comparison::otherData && CameToTheSame(row)) {
+        ++untold;
+      } else if (before == after) {
+        lines += fmt::format("  {:<27} {}, but in other lanes or with other answers\n", row.name,
+                             before);
+      } else {
+        lines += fmt::format("  {:<27} {} -> {}\n", row.name, before, after);
+      }
+    }
+    if (count == 0) continue;
+    same -= count;
+    counts += fmt::format("{} {}, ", count, section.count);
+    text += fmt::format("\n{}: {}\n{}", section.title, count, lines);
+    if (untold > 0) text += fmt::format("  {} that came to the same, not shown\n", untold);
+  }
+  return text + fmt::format("\n{}{} the same\n", counts, same);
+}
+
+}  // namespace diagnosis

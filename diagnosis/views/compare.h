@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "diagnosis/judgement/opinion.h"
+#include "diagnosis/record/record.h"
+#include "diagnosis/verdict/ledger.h"
+
+namespace diagnosis {
+
+/// What a row came to in a run. The record outlives it.
+struct Outcome {
+  const Record* record;
+  Status status;
+  Opinion opinion;
+  Kind kind;
+};
+
+Outcome OutcomeOf(const Record& record, const Device& device);
+
+/// "Fail, wrong in 12 of 400 lanes, 3 ulps at most", "Crash: SIGSEGV in repetition 2", ...
+std::string SummaryOf(const Outcome& outcome);
+
+/// How well a row stands, the best first: a device that computes rightly stands above one that does
+/// not, whatever the suite's rule lets pass, and one that answers wrongly above one that does not
+/// answer. Among those that do not, it counts how far the row came and what it left running.
+enum class Standing {
+  passedRight,
+  passedUnseen,
+  failedRight,
+  passedWrong,
+  failedWrong,  // and failed with nothing to judge
+  error,        // built, but a call failed
+  buildError,
+  broken,   // crashed, or was ended for its time
+  missing,  // nobody knows
+  notRun,   // nobody asked: skipped or not selected; neither better nor worse than any other
+};
+
+Standing StandingOf(const Outcome& outcome);
+
+/// How a row's later outcome compares with the one before.
+enum class Comparison {
+  same,
+  otherwise,  // differs, yet stands the same: other lanes, another distance, another detail
+  oneOnly,    // run in one of the two only
+  otherData,  // the row stored other bytes, so that neither outcome tells of the other; a failing
+              // build, which no data reaches, is compared all the same
+  better,
+  worse,
+};
+
+/// By standing; between two wrong outcomes of the same standing by wrong lanes, then by the
+/// greatest distance. A distance within what OpenCL allows makes a row neither better nor worse.
+Comparison ComparisonOf(const Outcome& before, const Outcome& after);
+
+/// A row in every run; no outcome where a run has no record of it.
+struct ComparedRow {
+  std::string name;
+  std::vector<std::optional<Outcome>> outcomes;
+  Comparison comparison;  // the gravest of any run against the first
+};
+
+/// A run, and what a person calls it: the folder that it was read from.
+struct NamedRun {
+  std::string name;
+  Run run;
+};
+
+/// The runs that were written into the folders. Throws BadUse.
+std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders);
+
+/// All rows of the runs, in the order of the matrix. The runs outlive it.
+std::vector<ComparedRow> Compare(const std::vector<NamedRun>& runs);
+
+/// Whether the row stands alike in every run; on other data there is nothing to tell of it then.
+bool CameToTheSame(const ComparedRow& row);
+
+/// What differs between two runs, for a terminal.
+std::string DifferencesOf(const std::vector<NamedRun>& runs, const std::vector<ComparedRow>& rows);
+
+}  // namespace diagnosis

@@ -1,0 +1,20 @@
+#include "diagnosis/views/lost_of_run.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "common/workers/pool.h"
+
+namespace diagnosis {
+
+std::string LostOfRun(const Run& run) {
+  const auto rows = std::ranges::count_if(run.records, [](const Record& record) {
+    return record.ending.reason.find(runOnceMore) != std::string::npos;
+  });
+  if (rows == 0) return "";
+  return fmt::format("{} row{} run once more, because the first worker was lost.\n", rows,
+                     rows == 1 ? " was" : "s were");
+}
+
+}  // namespace diagnosis

@@ -1,0 +1,165 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "common/text/text.h"
+#include "diagnosis/views/report_parts.h"
+
+namespace diagnosis {
+
+namespace {
+
+struct Group {
+  Comparison comparison;
+  const char* id;
+  const char* title;
+  const char* meaning;
+};
+constexpr Group groups[] = {
+    {Comparison::worse, "worse", "Worse", "In at least one run worse than in the first."},
+    {Comparison::better, "better", "Better", "Better than in the first run, and nowhere worse."},
+    {Comparison::otherwise, "otherwise", "Otherwise",
+     "Neither better nor worse: other lanes, another distance, another detail."},
+    {Comparison::otherData, "other-data", "Other data",
+     "The device got other bytes, so that neither run tells of the other."},
+    {Comparison::oneOnly, "one-only", "Not in all runs",
+     "Skipped or not selected in one of the runs."},
+};
+
+std::string NameOfRun(const std::vector<NamedRun>& runs, std::size_t i) {
+  return fmt::format("{}. {}", i + 1, PrintableLine(runs[i].name, 80));
+}
+
+void AddHead(pugi::xml_node table, std::string_view caption, std::string_view first,
+             const std::vector<NamedRun>& runs) {
+  Set(table, "style", fmt::format("min-width: {}rem", 14 + 11 * runs.size()));
+  AddClassed(table, "caption", "hidden", caption);
+  const pugi::xml_node head = Add(Add(table, "thead"), "tr");
+  Set(Add(head, "th", first), "scope", "col");
+  for (std::size_t i = 0; i < runs.size(); ++i)
+    Set(Add(head, "th", NameOfRun(runs, i)), "scope", "col");
+}
+
+// A line a row, a cell a run.
+void AddTable(pugi::xml_node parent, std::string_view caption, const std::vector<NamedRun>& runs,
+              const std::vector<const ComparedRow*>& rows) {
+  const pugi::xml_node table = AddClassed(AddScrolled(parent, caption), "table", "runs");
+  AddHead(table, caption, "Row", runs);
+  const pugi::xml_node body = Add(table, "tbody");
+  for (const ComparedRow* row : rows) {
+    const pugi::xml_node line = Add(body, "tr");
+    Set(Add(line, "th", row->name), "scope", "row");
+    for (const auto& outcome : row->outcomes) {
+      const pugi::xml_node cell = Add(line, "td");
+      if (!outcome) {
+        Set(cell, "class", "blank");
+        AddText(cell, "not selected");
+        continue;
+      }
+      const Look& look = LookOf(*outcome);
+      AddSign(AddClassed(cell, "span", fmt::format("chip {}", look.style)), look);
+      AddText(cell, fmt::format(" {}", SummaryOf(*outcome)));
+    }
+  }
+}
+
+std::string SentenceOf(const std::vector<NamedRun>& runs, const std::vector<ComparedRow>& rows) {
+  const auto count = [&rows](Comparison comparison) {
+    return static_cast<std::size_t>(std::ranges::count(rows, comparison, &ComparedRow::comparison));
+  };
+  std::string text =
+      fmt::format("Against {}: {} worse, {} better, {} otherwise, {} the same.",
+                  PrintableLine(runs.front().name, 80), Counted(count(Comparison::worse), "row"),
+                  count(Comparison::better), count(Comparison::otherwise), count(Comparison::same));
+  if (const std::size_t other = count(Comparison::otherData); other > 0)
+    text += fmt::format(" {} on other data, and cannot be compared.",
+                        other == 1 ? "1 row ran" : fmt::format("{} rows ran", other));
+  return text;
+}
+
+// What is to be said of each run, side by side.
+void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
+                  const std::vector<ComparedRow>& rows) {
+  const pugi::xml_node table =
+      AddClassed(AddScrolled(section, "The runs"), "table", "runs overview");
+  AddHead(table, "The runs side by side", "Run", runs);
+  const pugi::xml_node body = Add(table, "tbody");
+  struct Fact {
+    const char* name;
+    std::string (*of)(const RunInfo&);
+  };
+  constexpr Fact facts[] = {
+      {"Device", [](const RunInfo& info) { return info.device.name; }},
+      {"Platform", [](const RunInfo& info) { return info.device.platform; }},
+      {"Driver", [](const RunInfo& info) { return info.device.driverVersion; }},
+      {"OpenCL", [](const RunInfo& info) { return info.device.version; }},
+      {"Floats", [](const RunInfo& info) { return CapabilitiesOf(info.device); }},
+      {"Host", [](const RunInfo& info) { return info.host; }},
+      {"Suite", [](const RunInfo& info) { return info.version; }},
+      {"Started", [](const RunInfo& info) { return info.start; }},
+      {"Command", [](const RunInfo& info) { return info.command; }},
+      {"Options", OptionsOf},
+  };
+  for (const Fact& fact : facts) {
+    const pugi::xml_node line = Add(body, "tr");
+    Set(Add(line, "th", fact.name), "scope", "row");
+    for (const NamedRun& run : runs) Add(line, "td", PrintableLine(fact.of(run.run.info)));
+  }
+  for (const Look& look : AllLooks()) {
+    std::vector<std::ptrdiff_t> counts;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+      counts.push_back(std::ranges::count_if(rows, [&](const ComparedRow& row) {
+        return row.outcomes[i] && &LookOf(*row.outcomes[i]) == &look;
+      }));
+    }
+    if (std::ranges::all_of(counts, [](auto count) { return count == 0; })) continue;
+    const pugi::xml_node line = Add(body, "tr");
+    const pugi::xml_node heading = Set(Add(line, "th"), "scope", "row");
+    AddBadge(heading, look);
+    for (const auto count : counts) AddClassed(line, "td", "number", fmt::format("{}", count));
+  }
+}
+
+}  // namespace
+
+void AddComparison(pugi::xml_node header, pugi::xml_node main, pugi::xml_node contents,
+                   const std::vector<NamedRun>& runs) {
+  const std::vector<ComparedRow> rows = Compare(runs);
+  AddClassed(header, "p", "verdict", SentenceOf(runs, rows));
+  AddRunsTable(AddSection(main, contents, "runs", "The runs"), runs, rows);
+
+  for (const Group& group : groups) {
+    std::vector<const ComparedRow*> members;
+    for (const ComparedRow& row : rows) {
+      if (row.comparison == group.comparison) members.push_back(&row);
+    }
+    if (members.empty()) continue;
+    const pugi::xml_node section = AddSection(main, contents, group.id, group.title);
+    AddClassed(section, "p", "lead",
+               fmt::format("{}. {}", Counted(members.size(), "row"), group.meaning));
+    const auto differs = [](const ComparedRow* row) { return !CameToTheSame(*row); };
+    const auto same = group.comparison == Comparison::otherData
+                          ? std::stable_partition(members.begin(), members.end(), differs)
+                          : members.end();
+    if (same != members.begin()) AddTable(section, group.title, runs, {members.begin(), same});
+    if (same != members.end()) {
+      const auto count = static_cast<std::size_t>(members.end() - same);
+      AddTable(AddFolded(section, Counted(count, "row") + " that came to the same"),
+               "Other data, the same end", runs, {same, members.end()});
+    }
+  }
+
+  const pugi::xml_node section = AddSection(main, contents, "all", "All rows");
+  for (const char* operation : {"add", "copy", "floor", "multiply", "power"}) {
+    std::vector<const ComparedRow*> members;
+    for (const ComparedRow& row : rows) {
+      if (row.name.starts_with(operation)) members.push_back(&row);
+    }
+    if (!members.empty())
+      AddTable(AddFolded(section, fmt::format("{}: {}", operation, Counted(members.size(), "row"))),
+               operation, runs, members);
+  }
+}
+
+}  // namespace diagnosis

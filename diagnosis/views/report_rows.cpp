@@ -1,0 +1,202 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "common/text/text.h"
+#include "diagnosis/views/report_parts.h"
+#include "diagnosis/views/reproduce.h"
+
+namespace diagnosis {
+
+namespace {
+
+constexpr std::size_t mostNames = 24;
+constexpr std::size_t mostBytesOfReproducer = 64 << 10;
+
+// The blanks behind a kernel's lines fill the page with nothing.
+std::string WithoutBlanksAtEnds(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    result.append(line.substr(0, line.find_last_not_of(' ') + 1)).append("\n");
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
+  return result;
+}
+
+void AddSuspectsOf(pugi::xml_node article, const Record& record, const Suspects& suspects) {
+  const auto found = suspects.byRow.find(record.row);
+  if (found == suspects.byRow.end() || found->second.empty()) return;
+  const std::vector<std::string>& names = found->second;
+  if (names.front() == unexplained) {
+    Add(article, "p", "No suspect explains it.");
+    return;
+  }
+  if (names.size() > 1)
+    Add(article, "p",
+        "Explained by each of these, which the row\u2019s data can\u2019t tell apart:");
+  const auto meanings = suspects.meaningsByRow.find(record.row);
+  const pugi::xml_node list =
+      names.size() > 1 ? AddClassed(article, "ul", "suspected") : pugi::xml_node();
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const pugi::xml_node line =
+        names.size() > 1 ? Add(list, "li") : Add(article, "p", "Explained by ");
+    const bool listed =
+        std::ranges::find(suspects.fewest, names[i], &Suspect::name) != suspects.fewest.end();
+    Add(listed ? AddLink(line, IdOfSuspect(names[i])) : line, "code", names[i]);
+    if (meanings != suspects.meaningsByRow.end() && i < meanings->second.size())
+      AddText(line, fmt::format(": {}", meanings->second[i]));
+  }
+}
+
+// The words with which ./triage was told which device to take.
+std::vector<std::string> DeviceWordsOf(const std::string& command) {
+  std::vector<std::string> words;
+  std::istringstream in(command);
+  for (std::string word; in >> word;) {
+    if (word == "--simulated" || word == "--keep-denormals" || word == "--as-gpu") {
+      words.push_back(word);
+    } else if (word == "--broken") {
+      words.push_back(word);
+      if (in >> word) words.push_back(word);
+    }
+  }
+  return words;
+}
+
+// What runs the row alone, as it was run here.
+std::string CommandOf(const Record& record, const RunInfo& info) {
+  std::vector<std::string> words = {"./triage"};
+  std::ranges::move(DeviceWordsOf(info.command), std::back_inserter(words));
+  words.push_back(record.row);
+  if (record.seed != 1) words.insert(words.end(), {"--seed", std::to_string(record.seed)});
+  if (!record.buildOptions.empty())
+    words.insert(words.end(), {"--build-options", record.buildOptions});
+  if (record.localSize != 0)
+    words.insert(words.end(), {"--local-size", std::to_string(record.localSize)});
+  return PrintableLine(ShellWords(words), mostBytesOfCommand);
+}
+
+// What is only looked at when the rest was not enough, folded, the shortest first.
+void AddFoldedParts(pugi::xml_node article, const Record& record, const Device& device,
+                    const Suspects& suspects) {
+  const std::pair<const char*, const std::string*> written[] = {
+      {"Build log", &record.buildLog},
+      {"What the row wrote", &record.out},
+      {"What the row wrote on standard error", &record.err},
+      {"What the driver wrote", &record.driver},
+  };
+  for (const auto& [title, text] : written) {
+    if (!text->empty()) AddVerbatim(AddFolded(article, title), title, *text);
+  }
+  if (!record.source.empty())
+    AddVerbatim(AddFolded(article, "Kernel text"), "Kernel text",
+                WithoutBlanksAtEnds(record.source));
+  const std::string reproducer = ReproducerOf(record, device, suspects);
+  const pugi::xml_node folded = AddFolded(article, "Reproducer, in C");
+  if (reproducer.size() > mostBytesOfReproducer) {
+    AddClassed(folded, "p", "note",
+               fmt::format("Too long for this page; triage reproduce {} writes it.", record.row));
+  } else {
+    Add(AddScrolled(folded, "Reproducer"), "pre", reproducer);
+  }
+}
+
+void AddHeadline(pugi::xml_node article, const Outcome& outcome) {
+  const Record& record = *outcome.record;
+  const Look& look = LookOf(outcome);
+  const std::string heading = fmt::format("{}-heading", record.row);
+  Set(article, "id", IdOfRow(record.row));
+  Set(article, "aria-labelledby", heading);
+  const pugi::xml_node line = AddClassed(article, "div", "headline");
+  Set(Add(line, "h3", record.row), "id", heading);
+  AddBadge(line, look);
+  Set(AddClassed(line, "a", "back", "to the matrix"), "href", "#matrix");
+  Add(article, "p", SummaryOf(outcome) + ".");
+}
+
+pugi::xml_node AddRow(pugi::xml_node section, const Outcome& outcome, const RunInfo& info,
+                      const Suspects& suspects) {
+  const Device& device = info.device;
+  const Record& record = *outcome.record;
+  const pugi::xml_node article = AddClassed(section, "article", LookOf(outcome).style);
+  AddHeadline(article, outcome);
+  if (outcome.status == Status::fail) {
+    if (const std::string detail = DetailOf(record); !detail.empty())
+      Add(Add(article, "p", "The suite says "), "code", detail);
+  }
+  AddSuspectsOf(article, record, suspects);
+  AddExplanation(article, record, device, suspects);
+  Add(Add(article, "p", "Alone: "), "code", CommandOf(record, info));
+  AddFoldedParts(article, record, device, suspects);
+  return article;
+}
+
+}  // namespace
+
+void AddSuspects(pugi::xml_node section, const Suspects& suspects) {
+  if (suspects.fewest.empty()) {
+    AddClassed(section, "p", "lead", "No lane is wrong, so there is nothing to suspect.");
+    return;
+  }
+  AddClassed(
+      section, "p", "lead",
+      "The fewest that explain these rows: each predicts every lane of its rows, the wrong ones "
+      "and the right ones.");
+  for (const Suspect& suspect : suspects.fewest) {
+    const pugi::xml_node article =
+        Set(AddClassed(section, "article", "suspect"), "id", IdOfSuspect(suspect.name));
+    const pugi::xml_node line = AddClassed(article, "div", "headline");
+    Add(Add(line, "h3"), "code", suspect.name);
+    AddClassed(line, "span", "note", Counted(suspect.rows.size(), "row"));
+    Add(article, "p", suspect.meaning);
+    if (!suspect.alike.empty()) {
+      const pugi::xml_node alike = Add(article, "p", "The data can\u2019t tell it from ");
+      for (std::size_t i = 0; i < suspect.alike.size(); ++i) {
+        if (i > 0) AddText(alike, i + 1 == suspect.alike.size() ? " or " : ", ");
+        Add(alike, "code", suspect.alike[i]);
+      }
+      AddText(alike, ".");
+    }
+    const pugi::xml_node place =
+        suspect.rows.size() > mostNames
+            ? AddFolded(article, "Its " + Counted(suspect.rows.size(), "row"))
+            : article;
+    const pugi::xml_node list = AddClassed(place, "ul", "names");
+    for (const std::string& row : suspect.rows) AddLink(Add(list, "li"), IdOfRow(row), row);
+  }
+}
+
+void AddRows(pugi::xml_node section, const Run& run, const std::vector<Outcome>& outcomes,
+             const Suspects& suspects, std::size_t mostBytes) {
+  // A row's headline has room in any case: its size is bounded, and so is the number of rows.
+  constexpr std::size_t mostBytesOfHeadline = 2 << 10;
+  const auto count = static_cast<std::size_t>(std::ranges::count_if(outcomes, HasSection));
+  std::size_t left = mostBytes - std::min(mostBytes, count * mostBytesOfHeadline);
+  for (const Outcome& outcome : outcomes) {
+    if (!HasSection(outcome)) continue;
+    pugi::xml_node article = AddRow(section, outcome, run.info, suspects);
+    std::size_t size = SizeOf(article);
+    if (size > left) {
+      while (const pugi::xml_node folded = article.child("details")) article.remove_child(folded);
+      AddClassed(article, "p", "note",
+                 "The page is full, so texts, logs and the reproducer are left out here; triage "
+                 "explain and triage reproduce print them.");
+      size = SizeOf(article);
+    }
+    if (size > left) {
+      section.remove_child(article);
+      article = AddClassed(section, "article", LookOf(outcome).style);
+      AddHeadline(article, outcome);
+      AddClassed(article, "p", "note", "The page is full; triage explain prints the rest.");
+      size = 0;
+    }
+    left -= size;
+  }
+}
+
+}  // namespace diagnosis

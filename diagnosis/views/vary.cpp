@@ -1,0 +1,105 @@
+#include "diagnosis/views/vary.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+#include <string_view>
+
+#include "diagnosis/judgement/opinion.h"
+#include "diagnosis/verdict/ledger.h"
+#include "harness/rows.h"
+
+namespace diagnosis {
+
+namespace {
+
+struct Variation {
+  std::string_view name;
+  const char* buildOptions = "";
+  std::uint64_t localSize = 0;
+  int passes = 1;
+};
+
+constexpr Variation variations[] = {
+    {"as it is"},
+    {"-cl-opt-disable", "-cl-opt-disable"},
+    {"-cl-denorms-are-zero", "-cl-denorms-are-zero"},
+    {"-cl-std=CL1.2", "-cl-std=CL1.2"},
+    {"-cl-mad-enable", "-cl-mad-enable"},
+    {"-cl-fast-relaxed-math", "-cl-fast-relaxed-math"},
+    {"local size 1", "", 1},
+    {"local size 2", "", 2},
+    {"local size 64", "", 64},
+    {"local size 256", "", 256},
+    {"a second time", "", 0, 2},
+};
+
+// A job among those of its row.
+constexpr std::size_t count = std::size(variations);
+
+struct Seen {
+  Status status;
+  Opinion opinion;
+};
+
+bool IsGood(const Seen& seen) {
+  return seen.status == Status::pass && seen.opinion.verdict == Opinion::Verdict::right;
+}
+
+std::string_view NameOf(Opinion::Verdict verdict) {
+  constexpr std::string_view names[] = {"right", "wrong", "unseen"};
+  return names[static_cast<std::size_t>(verdict)];
+}
+
+// What a driver's maker asks first: does it go away?
+std::string VerdictOn(const std::vector<Seen>& seen) {
+  std::string names;
+  for (std::size_t i = 1; i < count; ++i) {
+    if (IsGood(seen[i]) == IsGood(seen[0])) continue;
+    names += names.empty() ? "" : ", ";
+    names += variations[i].name;
+  }
+  if (IsGood(seen[0])) return names.empty() ? "right in all of them" : "goes wrong with: " + names;
+  return names.empty() ? "stays in all of them" : "goes away with: " + names;
+}
+
+}  // namespace
+
+std::vector<Job> VariationsOf(std::size_t row) {
+  std::vector<Job> jobs;
+  for (const Variation& variation : variations) {
+    jobs.push_back({.row = row,
+                    .buildOptions = variation.buildOptions,
+                    .localSize = variation.localSize,
+                    .passes = variation.passes,
+                    .freshWorker = true});
+  }
+  return jobs;
+}
+
+std::string TableOfVariations(const std::vector<Job>& jobs, const Run& run) {
+  std::string table =
+      fmt::format("  {:<24}{:<12}{:<9}{}\n", "", "status", "opinion", "wrong lanes");
+  const auto out = std::back_inserter(table);
+  std::vector<Seen> seen;
+  for (std::size_t i = 0; i < jobs.size(); ++i) {
+    const Record& record = run.records[i];
+    if (i % count == 0) {
+      seen.clear();
+      fmt::format_to(out, "{}\n", rows[jobs[i].row].name);
+    }
+    const Seen& now = seen.emplace_back(Seen{StatusOf(record), OpinionOf(record, run.info.device)});
+    const bool isSeen = now.opinion.verdict != Opinion::Verdict::unseen;
+    const std::string lanes =
+        isSeen ? fmt::format("{} of {}", now.opinion.wrong.size(), now.opinion.lanes) : "";
+    const std::string detail = now.status == Status::fail ? "" : DetailOf(record);
+    std::string line = fmt::format("  {:<24}{:<12}{:<9}{:<14}{}", variations[i % count].name,
+                                   NameOf(now.status), NameOf(now.opinion.verdict), lanes, detail);
+    line.resize(line.find_last_not_of(' ') + 1);
+    fmt::format_to(out, "{}\n", line);
+    if (i % count == count - 1) fmt::format_to(out, "  {}\n", VerdictOn(seen));
+  }
+  return table;
+}
+
+}  // namespace diagnosis
