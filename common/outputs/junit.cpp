@@ -17,7 +17,7 @@ constexpr std::size_t mostBytes = 65536;
 
 void AppendOutput(pugi::xml_node node, const char* name, std::string_view output) {
   if (output.empty()) return;
-  std::string text = Printable(output.substr(0, mostBytes));
+  std::string text = text::Printable(output.substr(0, mostBytes));
   if (output.size() > mostBytes)
     text += fmt::format("\n... and {} bytes more, which are in records.jsonl\n",
                         output.size() - mostBytes);
@@ -90,7 +90,8 @@ void JUnit::Put(const Record& record, const AccountedRow& row) {
     cause.append_attribute("type") = std::string(NameOf(row.status)).c_str();
     cause.append_attribute("message") = row.detail.c_str();
     if (row.status == Status::buildError)
-      cause.text().set(Printable(std::string_view(record.buildLog).substr(0, mostBytes)).c_str());
+      cause.text().set(
+          text::Printable(std::string_view(record.buildLog).substr(0, mostBytes)).c_str());
   }
   AppendOutput(test, "system-out", record.out);
   AppendOutput(
@@ -111,7 +112,7 @@ std::string JUnit::Text(const RunInfo& info) {
     }
     SetCounts(suite, counts);
     Set(suite, "timestamp", info.start.substr(0, info.start.find('Z')));
-    Set(suite, "hostname", Printable(info.host));
+    Set(suite, "hostname", text::Printable(info.host));
     all.tests += counts.tests;
     all.failures += counts.failures;
     all.errors += counts.errors;

@@ -13,7 +13,7 @@ namespace {
 
 // Behind a "#" a reader looks for a directive.
 std::string WithoutDirective(std::string_view text) {
-  std::string line = PrintableLine(text, 1000);
+  std::string line = text::PrintableLine(text, 1000);
   std::ranges::replace(line, '#', '_');
   return line;
 }
@@ -44,8 +44,9 @@ class Ktap : public Reporter {
   void Begin(const Device& device, std::size_t selected) override {
     std::string lines = "KTAP version 1\n";
     if (!device.platform.empty() || !device.name.empty())
-      lines += fmt::format("# {} on {}, driver version {}\n", PrintableLine(device.name),
-                           PrintableLine(device.platform), PrintableLine(device.driverVersion));
+      lines += fmt::format("# {} on {}, driver version {}\n", text::PrintableLine(device.name),
+                           text::PrintableLine(device.platform),
+                           text::PrintableLine(device.driverVersion));
     console_.write(lines + fmt::format("1..{}\n", selected));
   }
 

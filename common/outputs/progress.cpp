@@ -39,9 +39,9 @@ class People : public Reporter {
     selected_ = selected;
     start_ = lastLine_ = console_.clock();
     if (device.platform.empty() && device.name.empty()) return;  // none was seen
-    console_.write(fmt::format("{} on {}, driver version {}\n", PrintableLine(device.name),
-                               PrintableLine(device.platform),
-                               PrintableLine(device.driverVersion)));
+    console_.write(fmt::format("{} on {}, driver version {}\n", text::PrintableLine(device.name),
+                               text::PrintableLine(device.platform),
+                               text::PrintableLine(device.driverVersion)));
   }
 
   void Started(const std::string& row) override {

@@ -59,7 +59,8 @@ void RefuseOldResults(const std::string& folder, bool replace) {
     return std::filesystem::exists(folder + "/" + file, ignored);
   };
   if (!replace && std::ranges::any_of(files, isThere))
-    throw BadUse(fmt::format("there are results in {} already; --force replaces them", folder));
+    throw text::BadUse(
+        fmt::format("there are results in {} already; --force replaces them", folder));
 }
 
 ResultsFolder::ResultsFolder(const std::string& folder, bool replace, const RunInfo& info)
@@ -72,12 +73,12 @@ ResultsFolder::ResultsFolder(const std::string& folder, bool replace, const RunI
     Replace("run.json", ToJson(info_));
     const File records(folder_ + "/records.jsonl", O_TRUNC);
     WriteTables();
-  } catch (const BadUse&) {
+  } catch (const text::BadUse&) {
     throw;
   } catch (const fs::filesystem_error& error) {
-    throw BadUse(fmt::format("cannot write into {}: {}", folder, error.code().message()));
+    throw text::BadUse(fmt::format("cannot write into {}: {}", folder, error.code().message()));
   } catch (const std::runtime_error& error) {
-    throw BadUse(error.what());
+    throw text::BadUse(error.what());
   }
 }
 

@@ -50,11 +50,11 @@ pugi::xml_node AddClassed(pugi::xml_node parent, const char* name, std::string_v
 
 void AddText(pugi::xml_node element, std::string_view text) {
   if (text.empty()) return;
-  element.append_child(pugi::node_pcdata).set_value(Printable(text).c_str());
+  element.append_child(pugi::node_pcdata).set_value(text::Printable(text).c_str());
 }
 
 pugi::xml_node Set(pugi::xml_node element, const char* name, std::string_view value) {
-  element.append_attribute(name).set_value(Printable(value).c_str());
+  element.append_attribute(name).set_value(text::Printable(value).c_str());
   return element;
 }
 

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace diagnosis {
+namespace text {
 
 /// What the caller asked for cannot be, or a file that was named is not as it must be. The program
 /// says so in this one line, and ends with 2.
@@ -11,4 +11,4 @@ class BadUse : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-}  // namespace diagnosis
+}  // namespace text

@@ -9,7 +9,7 @@
 
 #include "common/text/bad_use.h"
 
-namespace diagnosis {
+namespace text {
 
 std::vector<Line> LinesOf(const std::string& path) {
   const auto refuse = [&path] {
@@ -32,4 +32,4 @@ std::vector<Line> LinesOf(const std::string& path) {
   return lines;
 }
 
-}  // namespace diagnosis
+}  // namespace text

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace diagnosis {
+namespace text {
 
 /// A line of a file that a person writes, and where it stands: "FILE:LINE".
 struct Line {
@@ -15,4 +15,4 @@ struct Line {
 /// them, and without those of which nothing is left. Throws BadUse if the file cannot be read.
 std::vector<Line> LinesOf(const std::string& path);
 
-}  // namespace diagnosis
+}  // namespace text

@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace diagnosis {
+namespace text {
 
 namespace {
 
@@ -144,4 +144,4 @@ std::optional<std::vector<std::uint8_t>> FromBase64(std::string_view text) {
   return bytes;
 }
 
-}  // namespace diagnosis
+}  // namespace text

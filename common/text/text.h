@@ -9,7 +9,7 @@
 
 // What a driver prints may be anything. These make it fit for where it is shown or kept.
 
-namespace diagnosis {
+namespace text {
 
 /// The character that starts at `position`, which moves behind it; nothing, and `position` as it
 /// was, if no well-formed UTF-8 stands there.
@@ -33,4 +33,4 @@ std::string ToBase64(const std::vector<std::uint8_t>& bytes);
 /// Nothing unless the text is base64 as ToBase64 writes it.
 std::optional<std::vector<std::uint8_t>> FromBase64(std::string_view text);
 
-}  // namespace diagnosis
+}  // namespace text

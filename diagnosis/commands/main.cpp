@@ -70,7 +70,7 @@ void Run(std::vector<std::string> arguments) {
   } catch (const CLI::CallForVersion&) {
     Print(fmt::format("{}\n", version));
   } catch (const CLI::ParseError& error) {
-    throw BadUse(error.what());
+    throw text::BadUse(error.what());
   }
 }
 
@@ -84,18 +84,18 @@ int Main(int argc, char** argv) {
       workersFolder = std::filesystem::current_path();
       std::filesystem::current_path(folder);
     }
-    calledAs = ShellWords(std::vector<std::string>(argv, argv + argc));
+    calledAs = text::ShellWords(std::vector<std::string>(argv, argv + argc));
     if (const char* outer = std::getenv("TRIAGE_CALLED_AS")) calledAs = outer;
     Run(arguments);
     return endStatus;
-  } catch (const BadUse& refusal) {
-    fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
+  } catch (const text::BadUse& refusal) {
+    fmt::print(stderr, "triage: {}\n", text::PrintableLine(refusal.what(), 1000));
     return 2;
   } catch (const NothingToRunOn& refusal) {
-    fmt::print(stderr, "triage: {}\n", PrintableLine(refusal.what(), 1000));
+    fmt::print(stderr, "triage: {}\n", text::PrintableLine(refusal.what(), 1000));
     return 3;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "triage: {}\n", PrintableLine(error.what(), 1000));
+    fmt::print(stderr, "triage: {}\n", text::PrintableLine(error.what(), 1000));
     return 1;
   }
 }

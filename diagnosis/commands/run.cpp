@@ -76,7 +76,7 @@ RunInfo InfoOf(const std::vector<std::size_t>& selected) {
                   {"build options", options.buildOptions},
                   {"isolate", options.pool.isolate ? "yes" : "no"},
                   {"jobs", std::to_string(options.pool.workers)},
-                  {"launcher", ShellWords(options.pool.launcher)},
+                  {"launcher", text::ShellWords(options.pool.launcher)},
                   {"program", options.pool.program},
                   {"local size", std::to_string(options.localSize)},
                   {"seed", std::to_string(options.pool.seed)},
@@ -117,7 +117,7 @@ class Dispensable {
       function();
     } catch (const std::exception& error) {
       failed_ = true;
-      fmt::print(stderr, "triage: {}\n", PrintableLine(error.what(), 1000));
+      fmt::print(stderr, "triage: {}\n", text::PrintableLine(error.what(), 1000));
     }
   }
   bool Failed() const { return failed_; }
@@ -242,7 +242,7 @@ class TriageRun {
     info_.end = Now();
     Write([this](ResultsFolder& folder) { folder.Finish(records_, account_, info_.end); });
     if (end == PoolEnd::noDevice) {
-      fmt::print(stderr, "triage: {}\n", PrintableLine(noDevice_, 1000));
+      fmt::print(stderr, "triage: {}\n", text::PrintableLine(noDevice_, 1000));
       return 3;
     }
     std::string remarks;

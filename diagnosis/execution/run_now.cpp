@@ -19,7 +19,7 @@ Run ReadOrRefuse(const std::string& folder) {
   try {
     return ReadRun(folder);
   } catch (const std::runtime_error& error) {
-    throw BadUse(error.what());
+    throw text::BadUse(error.what());
   }
 }
 
@@ -64,7 +64,7 @@ Run RunOf(const std::vector<std::size_t>& rowsWanted, const std::string& folder,
   Run run = ReadOrRefuse(folder);
   for (const std::size_t row : rowsWanted) {
     if (std::ranges::find(run.records, rows[row].name, &Record::row) == run.records.end())
-      throw BadUse(folder + " has no record of " + std::string(rows[row].name));
+      throw text::BadUse(folder + " has no record of " + std::string(rows[row].name));
   }
   return run;
 }

@@ -116,10 +116,10 @@ struct Writer {
       return value;
     } else if constexpr (std::same_as<Value, std::string>) {
       // Text is readable in the file wherever JSON can hold it.
-      if (IsUtf8(value)) return value;
-      return Json::object({{"base64", ToBase64(Bytes(value.begin(), value.end()))}});
+      if (text::IsUtf8(value)) return value;
+      return Json::object({{"base64", text::ToBase64(Bytes(value.begin(), value.end()))}});
     } else if constexpr (std::same_as<Value, Bytes>) {
-      return ToBase64(value);
+      return text::ToBase64(value);
     } else if constexpr (std::same_as<Value, Ending::Kind>) {
       return std::ranges::find(kinds, value, &decltype(kinds)::value_type::first)->second;
     } else if constexpr (std::same_as<Value, std::map<std::string, std::string>>) {
@@ -192,7 +192,7 @@ struct Reader {
       }
     } else if constexpr (std::same_as<Value, Bytes>) {
       std::optional<Bytes> bytes;
-      if (json.is_string()) bytes = FromBase64(json.template get_ref<const std::string&>());
+      if (json.is_string()) bytes = text::FromBase64(json.template get_ref<const std::string&>());
       if (!bytes) throw Damage(" is not base64");
       value = std::move(*bytes);
     } else if constexpr (std::same_as<Value, Ending::Kind>) {
@@ -299,7 +299,8 @@ Run ReadRun(const std::string& folder) {
   std::map<std::string, Record> records;
   for (const std::string& row : run.info.selected) {
     if (!records.emplace(row, NotReached(run.info, row)).second)
-      throw std::runtime_error(infoPath + ": selected names a row twice: " + PrintableLine(row));
+      throw std::runtime_error(infoPath +
+                               ": selected names a row twice: " + text::PrintableLine(row));
   }
 
   const std::string path = folder + "/records.jsonl";
@@ -314,8 +315,8 @@ Run ReadRun(const std::string& folder) {
     ReadAt(place, line, record);
     const auto selected = records.find(record.row);
     if (selected == records.end())
-      throw std::runtime_error(place +
-                               ": run.json does not name this row: " + PrintableLine(record.row));
+      throw std::runtime_error(
+          place + ": run.json does not name this row: " + text::PrintableLine(record.row));
     if (const auto [first, isFirst] = lines.emplace(record.row, number); !isFirst)
       throw std::runtime_error(
           fmt::format("{}: line {} is of the same row, {}", place, first->second, record.row));

@@ -34,8 +34,8 @@ std::vector<std::size_t> Select(const std::vector<std::string>& patterns) {
   for (const std::string& pattern : patterns) {
     const std::vector<std::size_t> matching = Matching(pattern);
     if (matching.empty())
-      throw BadUse(
-          fmt::format("no row matches '{}' ('triage list' names them)", PrintableLine(pattern)));
+      throw text::BadUse(fmt::format("no row matches '{}' ('triage list' names them)",
+                                     text::PrintableLine(pattern)));
     selected.insert(selected.end(), matching.begin(), matching.end());
   }
   std::ranges::sort(selected);
@@ -46,17 +46,17 @@ std::vector<std::size_t> Select(const std::vector<std::string>& patterns) {
 std::size_t RowCalled(std::string_view name) {
   const auto* const row = std::ranges::find(rows, name, &NamedRunner::name);
   if (row == std::end(rows))
-    throw BadUse(
-        fmt::format("no row is called '{}' ('triage list' names them)", PrintableLine(name)));
+    throw text::BadUse(
+        fmt::format("no row is called '{}' ('triage list' names them)", text::PrintableLine(name)));
   return static_cast<std::size_t>(row - std::begin(rows));
 }
 
 Skips ReadSkips(const std::string& path) {
   Skips skips;
-  for (const auto& [place, text] : LinesOf(path)) {
+  for (const auto& [place, text] : text::LinesOf(path)) {
     const std::vector<std::size_t> matching = Matching(text);
     if (matching.empty())
-      throw BadUse(fmt::format("{}: no row matches '{}'", place, PrintableLine(text)));
+      throw text::BadUse(fmt::format("{}: no row matches '{}'", place, text::PrintableLine(text)));
     for (const std::size_t row : matching) skips.emplace(rows[row].name, place);
   }
   return skips;

@@ -19,17 +19,18 @@ namespace {
 std::pair<std::string, Status> EntryOf(std::string_view text) {
   const std::size_t comma = text.find(',');
   if (comma == std::string_view::npos || text.find(',', comma + 1) != std::string_view::npos)
-    throw BadUse(fmt::format("'{}' is not of the form test,status", PrintableLine(text)));
+    throw text::BadUse(
+        fmt::format("'{}' is not of the form test,status", text::PrintableLine(text)));
   std::string_view name = text.substr(0, comma);
   name = name.substr(0, name.find_last_not_of(" \t") + 1);
   std::string_view statusName = text.substr(comma + 1);
   statusName.remove_prefix(std::min(statusName.find_first_not_of(" \t"), statusName.size()));
 
   if (std::ranges::find(rows, name, &NamedRunner::name) == std::end(rows))
-    throw BadUse(fmt::format("no row is called '{}'", PrintableLine(name)));
+    throw text::BadUse(fmt::format("no row is called '{}'", text::PrintableLine(name)));
   const std::optional<Status> status = StatusNamed(statusName);
   if (!status || status == Status::unexpectedPass)
-    throw BadUse(fmt::format("'{}' is no status to expect", PrintableLine(statusName)));
+    throw text::BadUse(fmt::format("'{}' is no status to expect", text::PrintableLine(statusName)));
   return {std::string(name), status == Status::expectedFail ? Status::fail : *status};
 }
 
@@ -38,13 +39,13 @@ std::pair<std::string, Status> EntryOf(std::string_view text) {
 Baseline ReadBaseline(const std::string& path) {
   Baseline baseline;
   bool mayBeHead = true;
-  for (const auto& [place, text] : LinesOf(path)) {
+  for (const auto& [place, text] : text::LinesOf(path)) {
     if (std::exchange(mayBeHead, false) && text == "test,status") continue;
     try {
       const auto [name, status] = EntryOf(text);
-      if (!baseline.emplace(name, status).second) throw BadUse(name + " is named twice");
-    } catch (const BadUse& refusal) {
-      throw BadUse(place + ": " + refusal.what());
+      if (!baseline.emplace(name, status).second) throw text::BadUse(name + " is named twice");
+    } catch (const text::BadUse& refusal) {
+      throw text::BadUse(place + ": " + refusal.what());
     }
   }
   return baseline;

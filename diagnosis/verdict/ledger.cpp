@@ -71,14 +71,15 @@ std::string DetailOfFail(const Record& record) {
   const Mismatch mismatch = MismatchOf(record);
   if (mismatch.line.empty())
     return fmt::format("the row returned {} without a mismatch line", record.ending.value);
-  return fmt::format("{} in repetition {}", PrintableLine(mismatch.line), mismatch.repetition);
+  return fmt::format("{} in repetition {}", text::PrintableLine(mismatch.line),
+                     mismatch.repetition);
 }
 
 std::string DetailOfBuildError(const Record& record) {
   const FailedCall* build = FailedBuild(record);
   std::string text = NameOfCall(*build);
   const std::string_view log = FirstLineOf(record.buildLog);
-  if (!log.empty()) text += ": " + PrintableLine(log);
+  if (!log.empty()) text += ": " + text::PrintableLine(log);
   return text;
 }
 
@@ -90,7 +91,7 @@ std::string DetailOfCrash(const Record& record) {
     case Ending::Kind::exited:
       return fmt::format("exit status {} {}", ending.value, PlaceOf(record));
     default:
-      return fmt::format("worker lost {}: {}", PlaceOf(record), PrintableLine(ending.reason));
+      return fmt::format("worker lost {}: {}", PlaceOf(record), text::PrintableLine(ending.reason));
   }
 }
 
@@ -139,9 +140,10 @@ std::string DetailOf(const Record& record) {
     case Status::timeout:
       return fmt::format("after {:.3g} s {}", record.seconds, PlaceOf(record));
     case Status::skip:
-      return PrintableLine(record.ending.reason);
+      return text::PrintableLine(record.ending.reason);
     case Status::missing:
-      return FoundNoPlatform(record) ? "no OpenCL platform" : PrintableLine(record.ending.reason);
+      return FoundNoPlatform(record) ? "no OpenCL platform"
+                                     : text::PrintableLine(record.ending.reason);
     default:
       return "";
   }

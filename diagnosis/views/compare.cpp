@@ -161,7 +161,7 @@ std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders) {
     try {
       runs.push_back({folder, ReadRun(folder)});
     } catch (const std::runtime_error& error) {
-      throw BadUse(error.what());
+      throw text::BadUse(error.what());
     }
   }
   return runs;
@@ -201,8 +201,9 @@ std::string DifferencesOf(const std::vector<NamedRun>& runs,
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const RunInfo& info = runs[i].run.info;
     text += fmt::format("{}  {}: {}, driver {}, {}\n", static_cast<char>('A' + i),
-                        PrintableLine(runs[i].name), PrintableLine(info.device.name),
-                        PrintableLine(info.device.driverVersion), PrintableLine(info.start));
+                        text::PrintableLine(runs[i].name), text::PrintableLine(info.device.name),
+                        text::PrintableLine(info.device.driverVersion),
+                        text::PrintableLine(info.start));
   }
 
   struct Section {

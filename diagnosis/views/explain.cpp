@@ -428,7 +428,7 @@ void AddLines(std::vector<std::string>& notes, std::string_view title, std::stri
       return;
     }
     const std::string_view line = text.substr(0, text.find('\n'));
-    notes.push_back("  " + PrintableLine(line));
+    notes.push_back("  " + text::PrintableLine(line));
     text.remove_prefix(std::min(line.size() + 1, text.size()));
   }
 }

@@ -172,7 +172,7 @@ std::string OpinionSentence(const std::vector<Outcome>& outcomes) {
 
 std::string TitleOf(const std::vector<NamedRun>& runs) {
   if (runs.size() > 1) return Counted(runs.size(), "run") + " side by side";
-  const std::string name = PrintableLine(runs.front().run.info.device.name);
+  const std::string name = text::PrintableLine(runs.front().run.info.device.name);
   return name.empty() ? "A device without a name" : name;
 }
 
@@ -325,21 +325,21 @@ std::string OptionsOf(const RunInfo& info) {
   for (const auto& [name, value] : info.options) {
     if (!value.empty()) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, value);
   }
-  return PrintableLine(text, mostBytesOfCommand);
+  return text::PrintableLine(text, mostBytesOfCommand);
 }
 
 void AddFacts(pugi::xml_node parent, const RunInfo& info) {
   const std::pair<const char*, std::string> facts[] = {
-      {"Platform", PrintableLine(info.device.platform)},
-      {"Vendor", PrintableLine(info.device.vendor)},
-      {"Driver", PrintableLine(info.device.driverVersion)},
-      {"OpenCL", PrintableLine(info.device.version)},
+      {"Platform", text::PrintableLine(info.device.platform)},
+      {"Vendor", text::PrintableLine(info.device.vendor)},
+      {"Driver", text::PrintableLine(info.device.driverVersion)},
+      {"OpenCL", text::PrintableLine(info.device.version)},
       {"Floats", CapabilitiesOf(info.device)},
-      {"Host", PrintableLine(info.host)},
-      {"Suite", PrintableLine(info.version)},
-      {"Started", PrintableLine(info.start)},
-      {"Ended", info.end.empty() ? "cut off" : PrintableLine(info.end)},
-      {"Command", PrintableLine(info.command, mostBytesOfCommand)},
+      {"Host", text::PrintableLine(info.host)},
+      {"Suite", text::PrintableLine(info.version)},
+      {"Started", text::PrintableLine(info.start)},
+      {"Ended", info.end.empty() ? "cut off" : text::PrintableLine(info.end)},
+      {"Command", text::PrintableLine(info.command, mostBytesOfCommand)},
       {"Options", OptionsOf(info)},
   };
   const pugi::xml_node list = AddClassed(parent, "dl", "facts");

@@ -28,7 +28,7 @@ constexpr Group groups[] = {
 };
 
 std::string NameOfRun(const std::vector<NamedRun>& runs, std::size_t i) {
-  return fmt::format("{}. {}", i + 1, PrintableLine(runs[i].name, 80));
+  return fmt::format("{}. {}", i + 1, text::PrintableLine(runs[i].name, 80));
 }
 
 void AddHead(pugi::xml_node table, std::string_view caption, std::string_view first,
@@ -68,10 +68,10 @@ std::string SentenceOf(const std::vector<NamedRun>& runs, const std::vector<Comp
   const auto count = [&rows](Comparison comparison) {
     return static_cast<std::size_t>(std::ranges::count(rows, comparison, &ComparedRow::comparison));
   };
-  std::string text =
-      fmt::format("Against {}: {} worse, {} better, {} otherwise, {} the same.",
-                  PrintableLine(runs.front().name, 80), Counted(count(Comparison::worse), "row"),
-                  count(Comparison::better), count(Comparison::otherwise), count(Comparison::same));
+  std::string text = fmt::format(
+      "Against {}: {} worse, {} better, {} otherwise, {} the same.",
+      text::PrintableLine(runs.front().name, 80), Counted(count(Comparison::worse), "row"),
+      count(Comparison::better), count(Comparison::otherwise), count(Comparison::same));
   if (const std::size_t other = count(Comparison::otherData); other > 0)
     text += fmt::format(" {} on other data, and cannot be compared.",
                         other == 1 ? "1 row ran" : fmt::format("{} rows ran", other));
@@ -104,7 +104,7 @@ void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
   for (const Fact& fact : facts) {
     const pugi::xml_node line = Add(body, "tr");
     Set(Add(line, "th", fact.name), "scope", "row");
-    for (const NamedRun& run : runs) Add(line, "td", PrintableLine(fact.of(run.run.info)));
+    for (const NamedRun& run : runs) Add(line, "td", text::PrintableLine(fact.of(run.run.info)));
   }
   for (const Look& look : AllLooks()) {
     std::vector<std::ptrdiff_t> counts;

@@ -78,7 +78,7 @@ std::string CommandOf(const Record& record, const RunInfo& info) {
     words.insert(words.end(), {"--build-options", record.buildOptions});
   if (record.localSize != 0)
     words.insert(words.end(), {"--local-size", std::to_string(record.localSize)});
-  return PrintableLine(ShellWords(words), mostBytesOfCommand);
+  return text::PrintableLine(text::ShellWords(words), mostBytesOfCommand);
 }
 
 // What is only looked at when the rest was not enough, folded, the shortest first.

@@ -230,7 +230,7 @@ Chosen Choose(const Row& row, const Record& record, const Opinion& opinion) {
 /// trigraph.
 std::string InComment(std::string_view text) {
   std::string safe;
-  for (const char c : PrintableLine(text, 1000)) {
+  for (const char c : text::PrintableLine(text, 1000)) {
     const char before = safe.empty() ? '\0' : safe.back();
     if ((before == '*' && c == '/') || (before == '/' && c == '*') || (before == '?' && c == '?'))
       safe += ' ';

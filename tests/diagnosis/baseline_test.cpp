@@ -27,7 +27,7 @@ class TextFile : public testing::Test {
   std::string Refusal(Read read) const {
     try {
       read(path);
-    } catch (const BadUse& refusal) {
+    } catch (const text::BadUse& refusal) {
       const std::string line = refusal.what();
       const std::size_t position = line.find(path);
       EXPECT_NE(position, std::string::npos) << line;
@@ -78,7 +78,7 @@ TEST_F(TextFile, ABaselineIsRefusedWithTheLineThatIsWrong) {
   }
   std::remove(path.c_str());
   EXPECT_EQ(Refusal(ReadBaseline), "cannot read : No such file or directory");
-  EXPECT_THROW(ReadBaseline("/"), BadUse);
+  EXPECT_THROW(ReadBaseline("/"), text::BadUse);
 }
 
 TEST_F(TextFile, AListOfSkipsTakesGlobs) {
@@ -98,9 +98,9 @@ TEST(Select, TakesNamesAndGlobsInTheOrderOfTheMatrix) {
   EXPECT_EQ(Select({"add_union_arrays_3", "add_union_arrays_[12]", "add_union_arrays_3"}),
             (std::vector<std::size_t>{0, 1, 2}));
   EXPECT_EQ(rows[RowCalled("power_union_vector8_6")].name, "power_union_vector8_6");
-  EXPECT_THROW(Select({"add_*", "nothing"}), BadUse);
-  EXPECT_THROW(Select({""}), BadUse);
-  EXPECT_THROW(RowCalled("add_*"), BadUse);
+  EXPECT_THROW(Select({"add_*", "nothing"}), text::BadUse);
+  EXPECT_THROW(Select({""}), text::BadUse);
+  EXPECT_THROW(RowCalled("add_*"), text::BadUse);
 }
 
 }  // namespace

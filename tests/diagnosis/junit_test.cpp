@@ -104,7 +104,7 @@ TEST(JUnit, IsXmlWhateverTheDriverWrote) {
   JUnit junit;
   junit.Put(record, AccountOf(record, {}));
   const std::string text = junit.Text(info);
-  EXPECT_TRUE(IsUtf8(text));
+  EXPECT_TRUE(text::IsUtf8(text));
   EXPECT_TRUE(std::ranges::none_of(
       text, [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t'; }));
   EXPECT_EQ(text.find("\xEF\xBF\xBF"), std::string::npos);
@@ -120,11 +120,11 @@ TEST(JUnit, IsXmlWhateverTheDriverWrote) {
 }
 
 TEST(Text, ALineStaysOneLineAndIsCutBetweenCharacters) {
-  EXPECT_EQ(PrintableLine("a\nb\x1B[31m"), "a\\x0Ab\\x1B[31m");
-  EXPECT_EQ(PrintableLine("\xC3\xA9\xC3\xA9", 4), "\xC3\xA9\xC3\xA9");
-  EXPECT_EQ(PrintableLine("\xC3\xA9\xC3\xA9\xC3\xA9", 4), "\xC3\xA9\xC3\xA9...");
-  EXPECT_EQ(PrintableLine("x\xC3\xA9\xC3\xA9", 4), "x\xC3\xA9...");
-  EXPECT_EQ(PrintableLine("", 4), "");
+  EXPECT_EQ(text::PrintableLine("a\nb\x1B[31m"), "a\\x0Ab\\x1B[31m");
+  EXPECT_EQ(text::PrintableLine("\xC3\xA9\xC3\xA9", 4), "\xC3\xA9\xC3\xA9");
+  EXPECT_EQ(text::PrintableLine("\xC3\xA9\xC3\xA9\xC3\xA9", 4), "\xC3\xA9\xC3\xA9...");
+  EXPECT_EQ(text::PrintableLine("x\xC3\xA9\xC3\xA9", 4), "x\xC3\xA9...");
+  EXPECT_EQ(text::PrintableLine("", 4), "");
 }
 
 }  // namespace
