@@ -35,8 +35,8 @@ void AddRows(CLI::App& app, std::vector<std::string>& patterns) {
       ->type_name("");
 }
 
-void AddPoolOptions(CLI::App& app, PoolOptions& options) {
-  options.folder = WorkersFolder();
+void AddPoolOptions(CLI::App& app, const Call& call, PoolOptions& options) {
+  options.folder = call.workersFolder;
   app.add_option("-j,--jobs", options.workers, "Workers side by side")
       ->type_name("N")
       ->check(CLI::Range(1, 256).description(""))

@@ -11,44 +11,61 @@ class App;
 
 namespace diagnosis {
 
-/// A command of union_triage. Each is one file of commands/, which defines its options and what it
-/// does, and makes one object of this class:
-///
-///   void Run(const std::string& folder);  // throws BadUse (2), any other exception is 1
-///
-///   const Command command("report", "Write a run as a page", [](CLI::App& app) {
-///     static std::string folder;
-///     app.add_option("DIR", folder, "Folder that a run was written into")->required();
-///     app.callback([] { Run(folder); });
-///   });
-///
-/// A callback that returns ends the program with 0; EndWith gives it another status. What can be
-/// refused before a device is looked for belongs into app.parse_complete_callback.
-class Command {
- public:
-  Command(const char* name, const char* description, void (*addTo)(CLI::App& app));
-
-  const char* name;
-  const char* description;
-  void (*addTo)(CLI::App& app);
+/// One call of the program, as main hands it to the command that was asked for.
+struct Call {
+  std::string line;           // how the program was called, for a shell
+  std::string workersFolder;  // PoolOptions::folder for that caller
+  int status = 0;             // with which the program ends once the command has returned
 };
 
-/// The status with which the program ends once the command has returned.
-void EndWith(int status);
+/// A command of union_triage. Each is the file of its name in this folder, which says what its
+/// options are and what it does:
+///
+///   void AddTo(CLI::App& app, Call& call) {
+///     struct Options {
+///       std::string folder;
+///     };
+///     const auto options = std::make_shared<Options>();
+///     app.add_option("DIR", options->folder, "Folder that a run was written into")->required();
+///     app.callback([options, &call] { call.status = Report(options->folder); });
+///   }
+///
+///   const Command report = {"report", "Write a run as a page", AddTo};
+///
+/// What the callback throws is told in one line: BadUse ends with 2, NothingToRunOn with 3, any
+/// other exception with 1. What can be refused before a device is looked for belongs into
+/// app.parse_complete_callback.
+struct Command {
+  const char* name;
+  const char* description;
+  void (*addTo)(CLI::App& app, Call& call);
+};
+
+/// COMMANDS(DO) does DO(name) for each, in the order in which help tells of them.
+#define COMMANDS(DO) \
+  DO(compare)        \
+  DO(explain)        \
+  DO(list)           \
+  DO(report)         \
+  DO(reproduce)      \
+  DO(run)            \
+  DO(source)         \
+  DO(table)          \
+  DO(vary)
+
+#define DECLARE(name) extern const Command name;
+namespace commands {
+COMMANDS(DECLARE)
+}
+#undef DECLARE
 
 /// `ROW...`, names or globs, for Select; refuses those that match nothing.
 void AddRows(CLI::App& app, std::vector<std::string>& patterns);
 
 /// -j, --timeout, --isolate, --launcher, --program and --seed, for whatever runs rows.
-void AddPoolOptions(CLI::App& app, PoolOptions& options);
+void AddPoolOptions(CLI::App& app, const Call& call, PoolOptions& options);
 
 /// Writes on standard output. Throws std::runtime_error if it cannot be written.
 void Print(const std::string& text);
-
-/// How the program was called, as a line for a shell.
-const std::string& CalledAs();
-
-/// PoolOptions::folder for the caller that there is.
-const std::string& WorkersFolder();
 
 }  // namespace diagnosis

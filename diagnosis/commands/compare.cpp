@@ -2,34 +2,40 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "diagnosis/commands/command.h"
 
 namespace diagnosis {
-
 namespace {
 
-std::string before;
-std::string after;
+struct Options {
+  std::string before;
+  std::string after;
+};
 
-void CompareRuns() {
-  const std::vector<NamedRun> runs = ReadRuns({before, after});
+int CompareRuns(const Options& options) {
+  const std::vector<NamedRun> runs = ReadRuns({options.before, options.after});
   const std::vector<ComparedRow> compared = Compare(runs);
   Print(DifferencesOf(runs, compared));
-  if (std::ranges::find(compared, Comparison::worse, &ComparedRow::comparison) != compared.end())
-    EndWith(1);
+  const bool isWorse =
+      std::ranges::find(compared, Comparison::worse, &ComparedRow::comparison) != compared.end();
+  return isWorse ? 1 : 0;
 }
 
-const Command command(
-    "compare", "Say what differs between two runs; ends with 1 if a row is worse in the second",
-    [](CLI::App& app) {
-      app.add_option("A", before, "Folder that the first run was written into")->required();
-      app.add_option("B", after, "Folder that the second run was written into")->required();
-      app.callback(CompareRuns);
-    });
+void AddTo(CLI::App& app, Call& call) {
+  const auto options = std::make_shared<Options>();
+  app.add_option("A", options->before, "Folder that the first run was written into")->required();
+  app.add_option("B", options->after, "Folder that the second run was written into")->required();
+  app.callback([options, &call] { call.status = CompareRuns(*options); });
+}
 
 }  // namespace
+
+const Command commands::compare = {
+    "compare", "Say what differs between two runs; ends with 1 if a row is worse in the second",
+    AddTo};
 
 }  // namespace diagnosis

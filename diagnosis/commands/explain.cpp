@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,17 +13,16 @@
 #include "harness/rows.h"
 
 namespace diagnosis {
-
 namespace {
 
-struct {
+struct Options {
   std::vector<std::string> patterns;
   std::string folder;
   bool allLanes = false;
   PoolOptions pool;
-} options;
+};
 
-void ExplainRows() {
+void ExplainRows(const Options& options) {
   const std::vector<std::size_t> selected = Select(options.patterns);
   const bool named = !options.patterns.empty();
   const bool fromFolder = !options.folder.empty();
@@ -43,18 +43,21 @@ void ExplainRows() {
   Print(text);
 }
 
-const Command command("explain", "Say how wrong answers came about", [](CLI::App& app) {
-  AddRows(app, options.patterns);
-  app.add_option("--from", options.folder,
+void AddTo(CLI::App& app, Call& call) {
+  const auto options = std::make_shared<Options>();
+  AddRows(app, options->patterns);
+  app.add_option("--from", options->folder,
                  "Folder that a run was written into; without it, the rows are run now")
       ->type_name("DIR");
-  app.add_flag("--all", options.allLanes, "Every wrong lane, not the first ones of a row");
-  AddPoolOptions(app, options.pool);
+  app.add_flag("--all", options->allLanes, "Every wrong lane, not the first ones of a row");
+  AddPoolOptions(app, call, options->pool);
   app.footer("Without a row, every row that is not passed and right is explained.");
-  app.parse_complete_callback([] { Select(options.patterns); });
-  app.callback(ExplainRows);
-});
+  app.parse_complete_callback([options] { Select(options->patterns); });
+  app.callback([options] { ExplainRows(*options); });
+}
 
 }  // namespace
+
+const Command commands::explain = {"explain", "Say how wrong answers came about", AddTo};
 
 }  // namespace diagnosis

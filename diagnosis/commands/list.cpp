@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -7,23 +8,24 @@
 #include "diagnosis/record/select.h"
 
 namespace diagnosis {
-
 namespace {
 
-struct {
-  std::vector<std::string> patterns;
-  bool isLong = false;
-} options;
-
-const Command command("list", "Name the rows, one a line", [](CLI::App& app) {
-  AddRows(app, options.patterns);
-  app.add_flag("--long", options.isLong, "As a table with what is particular to each row");
-  app.callback([] {
-    const std::vector<std::size_t> selected = Select(options.patterns);
-    Print(options.isLong ? TableOf(selected) : NamesOf(selected));
+void AddTo(CLI::App& app, Call&) {
+  struct Options {
+    std::vector<std::string> patterns;
+    bool isLong = false;
+  };
+  const auto options = std::make_shared<Options>();
+  AddRows(app, options->patterns);
+  app.add_flag("--long", options->isLong, "As a table with what is particular to each row");
+  app.callback([options] {
+    const std::vector<std::size_t> selected = Select(options->patterns);
+    Print(options->isLong ? TableOf(selected) : NamesOf(selected));
   });
-});
+}
 
 }  // namespace
+
+const Command commands::list = {"list", "Name the rows, one a line", AddTo};
 
 }  // namespace diagnosis

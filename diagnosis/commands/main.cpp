@@ -7,7 +7,6 @@
 #include <exception>
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "common/text/bad_use.h"
@@ -22,20 +21,15 @@ namespace {
 
 constexpr char version[] = "union_triage " SUITE_VERSION;
 
-std::vector<const Command*>& Registered() {
-  static std::vector<const Command*> commands;
-  return commands;
-}
-
-std::string calledAs;
-std::string workersFolder;
-int endStatus = 0;
+#define TAKE(name) &commands::name,
+constexpr const Command* allCommands[] = {COMMANDS(TAKE)};
+#undef TAKE
 
 // Rows without a command in front of them are to be run.
 std::vector<std::string> WithCommand(std::vector<std::string> arguments) {
   const auto isCommand = [](const std::string& word) {
     return word == "-h" || word == "--help" || word == "--version" ||
-           std::ranges::any_of(Registered(),
+           std::ranges::any_of(allCommands,
                                [&word](const Command* command) { return word == command->name; });
   };
   if (arguments.empty() || !isCommand(arguments.front()))
@@ -43,7 +37,7 @@ std::vector<std::string> WithCommand(std::vector<std::string> arguments) {
   return arguments;
 }
 
-void Run(std::vector<std::string> arguments) {
+void Run(std::vector<std::string> arguments, Call& call) {
   CLI::App app(
       "Runs the rows of the union conformance suite and says what became of each.\n"
       "Without a command, 'run' is meant: 'triage ROW...' is 'triage run ROW...'.",
@@ -51,11 +45,9 @@ void Run(std::vector<std::string> arguments) {
   app.set_version_flag("--version", version);
   app.require_subcommand(1);
   app.get_formatter()->column_width(28);
-  std::ranges::sort(Registered(), {},
-                    [](const Command* command) { return std::string_view(command->name); });
-  for (const Command* command : Registered()) {
+  for (const Command* command : allCommands) {
     CLI::App& added = *app.add_subcommand(command->name, command->description);
-    command->addTo(added);
+    command->addTo(added, call);
     // A command in front of this one wants to know of bad use before it looks for a device.
     if (std::getenv("TRIAGE_ONLY_CHECK") != nullptr) added.callback([] {});
   }
@@ -78,16 +70,17 @@ int Main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   if (argc == 2 && arguments.front() == "worker") return WorkerMain();
   try {
+    Call call;
     // ./triage stands in the project's root, from where the layers are named, and so must the
     // workers.
     if (const char* folder = std::getenv("TRIAGE_CALLED_FROM")) {
-      workersFolder = std::filesystem::current_path();
+      call.workersFolder = std::filesystem::current_path();
       std::filesystem::current_path(folder);
     }
-    calledAs = text::ShellWords(std::vector<std::string>(argv, argv + argc));
-    if (const char* outer = std::getenv("TRIAGE_CALLED_AS")) calledAs = outer;
-    Run(arguments);
-    return endStatus;
+    call.line = text::ShellWords(std::vector<std::string>(argv, argv + argc));
+    if (const char* outer = std::getenv("TRIAGE_CALLED_AS")) call.line = outer;
+    Run(arguments, call);
+    return call.status;
   } catch (const text::BadUse& refusal) {
     fmt::print(stderr, "triage: {}\n", text::PrintableLine(refusal.what(), 1000));
     return 2;
@@ -101,18 +94,6 @@ int Main(int argc, char** argv) {
 }
 
 }  // namespace
-
-Command::Command(const char* commandName, const char* commandDescription,
-                 void (*addCommandTo)(CLI::App& app))
-    : name(commandName), description(commandDescription), addTo(addCommandTo) {
-  Registered().push_back(this);
-}
-
-void EndWith(int status) { endStatus = status; }
-
-const std::string& CalledAs() { return calledAs; }
-
-const std::string& WorkersFolder() { return workersFolder; }
 
 }  // namespace diagnosis
 

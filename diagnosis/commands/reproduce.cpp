@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -14,17 +15,16 @@
 #include "harness/rows.h"
 
 namespace diagnosis {
-
 namespace {
 
-struct {
+struct Options {
   std::string row;
   std::string folder;
   std::string file;
   PoolOptions pool;
-} options;
+};
 
-void WriteReproducer() {
+void WriteReproducer(const Options& options) {
   const std::size_t row = RowCalled(options.row);
   const Run run = RunOf({row}, options.folder, options.pool);
   const auto record = std::ranges::find(run.records, options.row, &Record::row);
@@ -35,23 +35,25 @@ void WriteReproducer() {
   if (!file) throw std::runtime_error("cannot write " + options.file + ": " + std::strerror(errno));
 }
 
-const Command command(
-    "reproduce", "Write a C program that shows by itself what was seen in a row",
-    [](CLI::App& app) {
-      app.add_option("ROW", options.row, "Name of a row")->required();
-      app.add_option("-o", options.file, "File to write; standard output if none is given")
-          ->type_name("FILE");
-      app.add_option("--from", options.folder,
-                     "Folder that a run was written into; without it, the row is run now")
-          ->type_name("DIR");
-      AddPoolOptions(app, options.pool);
-      app.footer(
-          "The program needs CL/cl.h and -lOpenCL, and ends with 0 if the device is right, 1 if "
-          "not,\n2 if a call fails.");
-      app.parse_complete_callback([] { RowCalled(options.row); });
-      app.callback(WriteReproducer);
-    });
+void AddTo(CLI::App& app, Call& call) {
+  const auto options = std::make_shared<Options>();
+  app.add_option("ROW", options->row, "Name of a row")->required();
+  app.add_option("-o", options->file, "File to write; standard output if none is given")
+      ->type_name("FILE");
+  app.add_option("--from", options->folder,
+                 "Folder that a run was written into; without it, the row is run now")
+      ->type_name("DIR");
+  AddPoolOptions(app, call, options->pool);
+  app.footer(
+      "The program needs CL/cl.h and -lOpenCL, and ends with 0 if the device is right, 1 if "
+      "not,\n2 if a call fails.");
+  app.parse_complete_callback([options] { RowCalled(options->row); });
+  app.callback([options] { WriteReproducer(*options); });
+}
 
 }  // namespace
+
+const Command commands::reproduce = {
+    "reproduce", "Write a C program that shows by itself what was seen in a row", AddTo};
 
 }  // namespace diagnosis

@@ -33,10 +33,9 @@
 #include "harness/rows.h"
 
 namespace diagnosis {
-
 namespace {
 
-struct {
+struct Options {
   std::vector<std::string> patterns;
   PoolOptions pool;
   std::string buildOptions;
@@ -50,7 +49,7 @@ struct {
   std::string folder;
   bool replace = false;
   bool ktap = false;
-} options;
+};
 
 std::string Now() {
   const std::time_t now = std::time(nullptr);
@@ -67,11 +66,11 @@ std::string Host() {
   return fmt::format("{} {} {}", name.sysname, name.release, name.machine);
 }
 
-RunInfo InfoOf(const std::vector<std::size_t>& selected) {
+RunInfo InfoOf(const Options& options, const Call& call, const std::vector<std::size_t>& selected) {
   RunInfo info;
   info.host = Host();
   info.version = SUITE_VERSION;
-  info.command = CalledAs();
+  info.command = call.line;
   info.options = {{"baseline", options.baselineFile},
                   {"build options", options.buildOptions},
                   {"isolate", options.pool.isolate ? "yes" : "no"},
@@ -130,9 +129,10 @@ class Dispensable {
 /// back.
 class TriageRun {
  public:
-  TriageRun()
-      : selected_(Select(options.patterns)),
-        info_(InfoOf(selected_)),
+  TriageRun(const Options& options, const Call& call)
+      : options_(options),
+        selected_(Select(options.patterns)),
+        info_(InfoOf(options, call, selected_)),
         reporter_(options.ktap ? ReporterInKtap(StandardOutput())
                                : ReporterForPeople(StandardOutput())) {
     if (!options.folder.empty()) folder_.emplace(options.folder, options.replace, info_);
@@ -143,20 +143,20 @@ class TriageRun {
   int Run() {
     std::vector<Job> jobs;
     for (const std::size_t row : selected_) {
-      const auto skip = options.skips.find(rows[row].name);
-      if (skip == options.skips.end()) {
+      const auto skip = options_.skips.find(rows[row].name);
+      if (skip == options_.skips.end()) {
         jobs.push_back(JobOf(row));
       } else {
         Record record;
         record.row = rows[row].name;
-        record.seed = options.pool.seed;
+        record.seed = options_.pool.seed;
         record.ending.reason = fmt::format("{} by {}", skipped, skip->second);
         Ended(std::move(record));
       }
     }
     const auto ended = [this](const Job&, Record record) { Ended(std::move(record)); };
     const PoolEnd end =
-        jobs.empty() ? PoolEnd::finished : RunJobs(jobs, options.pool, Listener(ended));
+        jobs.empty() ? PoolEnd::finished : RunJobs(jobs, options_.pool, Listener(ended));
     if (end == PoolEnd::noDevice) isSilent_ = true;
     Begin({});
     if (end == PoolEnd::finished && !again_.empty()) RunAgain();
@@ -164,11 +164,11 @@ class TriageRun {
   }
 
  private:
-  static Job JobOf(std::size_t row) {
+  Job JobOf(std::size_t row) const {
     Job job;
     job.row = row;
-    job.buildOptions = options.buildOptions;
-    job.localSize = options.localSize;
+    job.buildOptions = options_.buildOptions;
+    job.localSize = options_.localSize;
     return job;
   }
 
@@ -210,9 +210,9 @@ class TriageRun {
       early_.push_back(std::move(record));
       return;
     }
-    const AccountedRow row = AccountOf(record, options.baseline, options.flakesFail);
+    const AccountedRow row = AccountOf(record, options_.baseline, options_.flakesFail);
     const bool again =
-        !options.baselineFile.empty() && !row.asExpected && row.status != Status::missing;
+        !options_.baselineFile.empty() && !row.asExpected && row.status != Status::missing;
     if (again) again_.push_back(RowCalled(row.name));
     Write([&record, &row](ResultsFolder& folder) { folder.Ended(record, row); });
     Report([&row, again](Reporter& reporter) { reporter.Ended(row, again); });
@@ -226,11 +226,11 @@ class TriageRun {
       jobs.push_back(JobOf(row));
       jobs.back().freshWorker = true;
     }
-    RunJobs(jobs, options.pool, Listener([this](const Job&, Record record) {
+    RunJobs(jobs, options_.pool, Listener([this](const Job&, Record record) {
               const auto first = std::ranges::find(records_, record.row, &Record::row);
               first->again.push_back(std::move(record));
               AccountedRow& row = account_[static_cast<std::size_t>(first - records_.begin())];
-              row = AccountOf(*first, options.baseline, options.flakesFail);
+              row = AccountOf(*first, options_.baseline, options_.flakesFail);
               Report([&row](Reporter& reporter) { reporter.Ended(row, false); });
             }));
   }
@@ -248,15 +248,15 @@ class TriageRun {
     std::string remarks;
     Dispensable views;
     const diagnosis::Run run{info_, std::move(records_)};
-    const std::string folder = writing_.Failed() ? "" : options.folder;
+    const std::string folder = writing_.Failed() ? "" : options_.folder;
     for (const EndOfRunView view : EndOfRunViews())
       views.Try([&] { remarks += view(run, folder); });
     Report([this, &remarks](Reporter& reporter) { reporter.End(account_, remarks); });
     if (!addsUp)
       fmt::print(stderr, "triage: the ledger does not add up: {} rows selected, {} accounted for\n",
                  selected_.size(), account_.size());
-    const auto isGood = [&run](const AccountedRow& row) {
-      if (!options.strict) return row.asExpected;
+    const auto isGood = [this, &run](const AccountedRow& row) {
+      if (!options_.strict) return row.asExpected;
       const auto record = std::ranges::find(run.records, row.name, &Record::row);
       const Kind kind = KindOf(*record, OpinionOf(*record, run.info.device));
       return IsGoodByOpinion(kind, row.asExpected);
@@ -266,6 +266,7 @@ class TriageRun {
     return good ? 0 : 1;
   }
 
+  const Options& options_;
   std::vector<std::size_t> selected_;
   RunInfo info_;
   std::unique_ptr<Reporter> reporter_;
@@ -282,27 +283,28 @@ class TriageRun {
   std::vector<std::size_t> again_;     // to be run once more
 };
 
-const Command command("run", "Run rows and say what became of each", [](CLI::App& app) {
-  AddRows(app, options.patterns);
-  AddPoolOptions(app, options.pool);
-  app.add_option("--build-options", options.buildOptions,
+void AddTo(CLI::App& app, Call& call) {
+  const auto options = std::make_shared<Options>();
+  AddRows(app, options->patterns);
+  AddPoolOptions(app, call, options->pool);
+  app.add_option("--build-options", options->buildOptions,
                  "For clBuildProgram; the suite gives none")
       ->type_name("TEXT");
-  app.add_option("--local-size", options.localSize,
+  app.add_option("--local-size", options->localSize,
                  "For clEnqueueNDRangeKernel; the suite leaves it to the driver")
       ->type_name("N")
       ->check(CLI::PositiveNumber.description(""));
-  app.add_option("--skips", options.skipsFile, "Rows not to be run, a name or glob a line")
+  app.add_option("--skips", options->skipsFile, "Rows not to be run, a name or glob a line")
       ->type_name("FILE");
-  app.add_option("--baseline", options.baselineFile, "Expected results, 'test,status' a line")
+  app.add_option("--baseline", options->baselineFile, "Expected results, 'test,status' a line")
       ->type_name("FILE");
-  app.add_flag("--strict", options.strict,
+  app.add_flag("--strict", options->strict,
                "The second opinion counts: a row that passed is a failure if it is wrong by "
                "OpenCL's rules, and one that failed is none if it is right");
-  app.add_flag("--strict-flakes", options.flakesFail, "A flake is a failure");
-  app.add_option("--out", options.folder, "Folder for the results")->type_name("DIR");
-  app.add_flag("--force", options.replace, "Replace results that are there");
-  app.add_flag("--ktap", options.ktap, "KTAP on standard output");
+  app.add_flag("--strict-flakes", options->flakesFail, "A flake is a failure");
+  app.add_option("--out", options->folder, "Folder for the results")->type_name("DIR");
+  app.add_flag("--force", options->replace, "Replace results that are there");
+  app.add_flag("--ktap", options->ktap, "KTAP on standard output");
   app.footer(
       "With a baseline, what is not as expected is run once more on the same data, and is a flake\n"
       "if it then ends otherwise. Rows that the baseline does not name are expected to pass.\n"
@@ -312,14 +314,16 @@ const Command command("run", "Run rows and say what became of each", [](CLI::App
       "\n"
       "Status: 0 if every row passed, ended as the baseline says, was skipped or is a flake; 1 if\n"
       "not, also if one passed against the baseline; 2 for bad use; 3 without a GPU device.");
-  app.parse_complete_callback([] {
-    if (!options.skipsFile.empty()) options.skips = ReadSkips(options.skipsFile);
-    if (!options.baselineFile.empty()) options.baseline = ReadBaseline(options.baselineFile);
-    if (!options.folder.empty()) RefuseOldResults(options.folder, options.replace);
+  app.parse_complete_callback([options] {
+    if (!options->skipsFile.empty()) options->skips = ReadSkips(options->skipsFile);
+    if (!options->baselineFile.empty()) options->baseline = ReadBaseline(options->baselineFile);
+    if (!options->folder.empty()) RefuseOldResults(options->folder, options->replace);
   });
-  app.callback([] { EndWith(TriageRun().Run()); });
-});
+  app.callback([options, &call] { call.status = TriageRun(*options, call).Run(); });
+}
 
 }  // namespace
+
+const Command commands::run = {"run", "Run rows and say what became of each", AddTo};
 
 }  // namespace diagnosis

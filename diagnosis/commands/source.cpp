@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <memory>
 #include <string>
 
 #include "diagnosis/capture/rehearsal.h"
@@ -6,17 +7,17 @@
 #include "diagnosis/record/select.h"
 
 namespace diagnosis {
-
 namespace {
 
-std::string row;
-
-const Command command("source", "Print a row's kernel text as the device gets it",
-                      [](CLI::App& app) {
-                        app.add_option("ROW", row, "Name of a row")->required();
-                        app.callback([] { Print(Rehearsal()[RowCalled(row)].source); });
-                      });
+void AddTo(CLI::App& app, Call&) {
+  const auto row = std::make_shared<std::string>();
+  app.add_option("ROW", *row, "Name of a row")->required();
+  app.callback([row] { Print(Rehearsal()[RowCalled(*row)].source); });
+}
 
 }  // namespace
+
+const Command commands::source = {"source", "Print a row's kernel text as the device gets it",
+                                  AddTo};
 
 }  // namespace diagnosis

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,14 +16,13 @@
 #include "harness/rows.h"
 
 namespace diagnosis {
-
 namespace {
 
-struct {
+struct Options {
   std::vector<std::string> patterns;
   std::string folder;
   PoolOptions pool;
-} options;
+};
 
 std::string_view NameOf(Opinion::Verdict verdict) {
   switch (verdict) {
@@ -36,7 +36,7 @@ std::string_view NameOf(Opinion::Verdict verdict) {
   return "unseen";
 }
 
-void TabulateRows() {
+void TabulateRows(const Options& options) {
   const std::vector<std::size_t> selected = Select(options.patterns);
   const bool all = options.patterns.empty() && !options.folder.empty();
   const Run run = RunOf(all ? std::vector<std::size_t>() : selected, options.folder, options.pool);
@@ -55,22 +55,25 @@ void TabulateRows() {
   Print(text);
 }
 
-const Command command(
-    "table", "Print status, second opinion and suspects as comma-separated values, a row a line",
-    [](CLI::App& app) {
-      AddRows(app, options.patterns);
-      app.add_option("--from", options.folder,
-                     "Folder that a run was written into; without it, the rows are run now")
-          ->type_name("DIR");
-      AddPoolOptions(app, options.pool);
-      app.footer(
-          "The columns: test, status, opinion (right, wrong or unseen), wrong lanes, lanes "
-          "judged,\n"
-          "the greatest distance in units in the last place, and suspects.");
-      app.parse_complete_callback([] { Select(options.patterns); });
-      app.callback(TabulateRows);
-    });
+void AddTo(CLI::App& app, Call& call) {
+  const auto options = std::make_shared<Options>();
+  AddRows(app, options->patterns);
+  app.add_option("--from", options->folder,
+                 "Folder that a run was written into; without it, the rows are run now")
+      ->type_name("DIR");
+  AddPoolOptions(app, call, options->pool);
+  app.footer(
+      "The columns: test, status, opinion (right, wrong or unseen), wrong lanes, lanes "
+      "judged,\n"
+      "the greatest distance in units in the last place, and suspects.");
+  app.parse_complete_callback([options] { Select(options->patterns); });
+  app.callback([options] { TabulateRows(*options); });
+}
 
 }  // namespace
+
+const Command commands::table = {
+    "table", "Print status, second opinion and suspects as comma-separated values, a row a line",
+    AddTo};
 
 }  // namespace diagnosis

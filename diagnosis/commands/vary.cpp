@@ -1,6 +1,7 @@
 #include "diagnosis/views/vary.h"
 
 #include <CLI/CLI.hpp>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,15 +10,14 @@
 #include "diagnosis/record/select.h"
 
 namespace diagnosis {
-
 namespace {
 
-struct {
+struct Options {
   std::vector<std::string> patterns;
   PoolOptions pool;
-} options;
+};
 
-void RunVariations() {
+void RunVariations(const Options& options) {
   std::vector<Job> jobs;
   for (const std::size_t row : Select(options.patterns)) {
     const std::vector<Job> variations = VariationsOf(row);
@@ -26,18 +26,19 @@ void RunVariations() {
   Print(TableOfVariations(jobs, RunNow(jobs, options.pool)));
 }
 
-const Command command("vary",
-                      "Run rows as they are, with other build options and with other local sizes",
-                      [](CLI::App& app) {
-                        app.add_option(
-                               "ROW", options.patterns,
-                               "Names of rows, or globs such as 'multiply_*' and '*_vector3_?'")
-                            ->required();
-                        AddPoolOptions(app, options.pool);
-                        app.parse_complete_callback([] { Select(options.patterns); });
-                        app.callback(RunVariations);
-                      });
+void AddTo(CLI::App& app, Call& call) {
+  const auto options = std::make_shared<Options>();
+  app.add_option("ROW", options->patterns,
+                 "Names of rows, or globs such as 'multiply_*' and '*_vector3_?'")
+      ->required();
+  AddPoolOptions(app, call, options->pool);
+  app.parse_complete_callback([options] { Select(options->patterns); });
+  app.callback([options] { RunVariations(*options); });
+}
 
 }  // namespace
+
+const Command commands::vary = {
+    "vary", "Run rows as they are, with other build options and with other local sizes", AddTo};
 
 }  // namespace diagnosis
