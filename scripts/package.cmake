@@ -19,13 +19,18 @@ foreach(text IN ITEMS union_suite.1 union_triage.1 changelog)
   configure_file(docs/${text} ${text} @ONLY)
   add_custom_command(OUTPUT ${text}.gz
     COMMAND gzip -9nkf ${text}
-    DEPENDS ${CMAKE_BINARY_DIR}/${text} VERBATIM)
+    DEPENDS ${PROJECT_BINARY_DIR}/${text} VERBATIM)
 endforeach()
 add_custom_target(compressed ALL DEPENDS union_suite.1.gz union_triage.1.gz changelog.gz)
-install(FILES ${CMAKE_BINARY_DIR}/union_suite.1.gz ${CMAKE_BINARY_DIR}/union_triage.1.gz
+install(FILES ${PROJECT_BINARY_DIR}/union_suite.1.gz ${PROJECT_BINARY_DIR}/union_triage.1.gz
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES ${CMAKE_BINARY_DIR}/changelog.gz docs/copyright
+install(FILES ${PROJECT_BINARY_DIR}/changelog.gz docs/copyright
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# A project that this one is a part of has packages of its own.
+if(NOT CMAKE_SOURCE_DIR STREQUAL PROJECT_SOURCE_DIR)
+  return()
+endif()
 
 # The architecture's name is Debian's; the build may be for another one than this machine's.
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")
@@ -53,7 +58,7 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 integers and floats as bytes, nothing else. union_suite holds 210 tests
 of it; union_triage runs each of them alone, accounts for every one, and
 explains what a device does wrong.")
-set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_SOURCE_DIR}/scripts/package-depends.cmake)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/scripts/package-depends.cmake)
 set(CPACK_AARCH64_ROOT ${AARCH64_ROOT})
-set(CPACK_BINARIES ${CMAKE_BINARY_DIR})
+set(CPACK_BINARIES ${PROJECT_BINARY_DIR})
 include(CPack)
