@@ -1,6 +1,7 @@
 // An OpenCL layer that breaks a device's compiler: it edits the kernel texts on their way to the
 // driver, so that the device does what it would if its compiler had the fault that BROKEN_COMPILER
-// names. A name that is no fault's ends the process with one line on standard error.
+// names. "help" lists the faults and ends the process; a name that is no fault's ends it with one
+// line on standard error.
 
 #include <cstdio>
 #include <cstdlib>
@@ -51,6 +52,8 @@ void layer::Start() {
   for (const Fault& fault : faults)
     if (fault.name == wanted) broken = &fault;
   if (broken != nullptr) return;
-  std::fprintf(stderr, "broken_compiler: no fault is called '%s'\n", wanted.c_str());
+  if (wanted == "help") std::_Exit(ListFaults() ? 0 : 1);
+  std::fprintf(stderr, "broken_compiler: no fault is called '%s' ('help' lists them)\n",
+               wanted.c_str());
   std::_Exit(2);
 }

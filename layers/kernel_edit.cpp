@@ -1,5 +1,6 @@
 #include "layers/kernel_edit.h"
 
+#include <iostream>
 #include <map>
 #include <optional>
 #include <regex>
@@ -87,4 +88,12 @@ std::string Edited(std::string text, const Fault& fault) {
       text.replace(place, find.size(), with);
   }
   return text;
+}
+
+bool ListFaults() {
+  for (const Fault& fault : faults) {
+    std::cout.width(24);
+    std::cout << std::left << fault.name << fault.meaning << '\n';
+  }
+  return static_cast<bool>(std::cout.flush());
 }

@@ -42,3 +42,7 @@ std::string Edited(std::string text, const Fault& fault);
 
 /// The faults that the layer knows.
 extern const std::span<const Fault> faults;
+
+/// Writes them to standard output, one a line: the name, and behind it what it stands for. Whether
+/// all of it was written.
+bool ListFaults();
