@@ -68,13 +68,21 @@ cl_int CL_API_CALL GetDeviceInfo(cl_device_id, cl_device_info name, size_t size,
                                  size_t* returned) {
   const auto* const platform = AnyHandle<cl_platform_id>();
   const cl_device_fp_config config = CL_FP_ROUND_TO_NEAREST | CL_FP_DENORM;
+  const cl_device_type type = NULL_DEVICE_TYPE;
+  const cl_bool yes = CL_TRUE;
   const std::string_view text = "null";
   switch (name) {
+    case CL_DEVICE_TYPE:
+      return Answer(&type, sizeof type, size, value, returned);
+    case CL_DEVICE_AVAILABLE:
+    case CL_DEVICE_COMPILER_AVAILABLE:
+      return Answer(&yes, sizeof yes, size, value, returned);
     case CL_DEVICE_PLATFORM:
       return Answer(&platform, sizeof platform, size, value, returned);
     case CL_DEVICE_SINGLE_FP_CONFIG:
       return Answer(&config, sizeof config, size, value, returned);
     case CL_DEVICE_NAME:
+    case CL_DEVICE_VERSION:
     case CL_DRIVER_VERSION:
       return Answer(text.data(), text.size() + 1, size, value, returned);
     default:
@@ -95,6 +103,9 @@ consteval cl_icd_dispatch EntryPoints() {
   calls.clGetDeviceIDs = GetDeviceIDs;
   calls.clGetDeviceInfo = GetDeviceInfo;
   calls.clGetContextInfo = GetContextInfo;
+  calls.clCreateContext = [](const cl_context_properties*, cl_uint, const cl_device_id*,
+                             void(CL_CALLBACK*)(const char*, const void*, size_t, void*), void*,
+                             cl_int* error) { return Created<cl_context>(error); };
   calls.clCreateContextFromType = [](const cl_context_properties*, cl_device_type,
                                      void(CL_CALLBACK*)(const char*, const void*, size_t, void*),
                                      void*, cl_int* error) { return Created<cl_context>(error); };

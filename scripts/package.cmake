@@ -5,7 +5,7 @@ include(GNUInstallDirs)
 
 set(layer_folder ${CMAKE_INSTALL_LIBDIR}/${package})
 install(TARGETS union_suite RUNTIME)
-install(TARGETS as_gpu broken_compiler simulated_gpu LIBRARY DESTINATION ${layer_folder})
+install(TARGETS as_gpu broken_compiler one_device simulated_gpu LIBRARY DESTINATION ${layer_folder})
 if(TARGET union_triage)
   install(TARGETS union_triage RUNTIME)
 endif()

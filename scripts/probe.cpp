@@ -1,0 +1,149 @@
+// Asks the drivers behind the loader for their devices, with the drivers and layers that the
+// environment names. The answer goes to standard output, on which no driver can write.
+//
+// probe: on which GPU device the suite would run, in one line.
+//   status 0: platform, device and driver version
+//   status 1: that the first platform has no GPU device, or that there is no platform
+//   status 2: which layer of OPENCL_LAYERS the loader did not take
+//   status 3: that the driver does not answer
+// probe all: every device, a line each, with tabs between: the platform's index, the device's among
+// all of its platform, type, platform, device, version, driver version, and what keeps a run from
+// it: "-", "not a GPU", "no compiler" or "not available". Status 1 with a line if there is none, 3
+// as above.
+//
+// A driver can end the process that loads it with any status. Then there is no line.
+
+#include <CL/cl.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "layers/not_taken.h"
+
+namespace {
+
+int answerChannel = -1;
+
+constexpr unsigned patience = 60;  // Seconds, for what takes a driver a few.
+
+// Where a driver hangs, nothing but this can be called.
+void GiveUp(int /*signal*/) {
+  constexpr char line[] = "does not answer\n";
+  _exit(write(answerChannel, line, sizeof line - 1) > 0 ? 3 : 4);
+}
+
+// Leaves at once: what a driver does at the end of a process must not spoil the answer.
+[[noreturn]] void Answer(int status, const std::string& lines) {
+  std::string bytes = lines;
+  bytes += '\n';
+  const auto written = write(answerChannel, bytes.data(), bytes.size());
+  _exit(written == static_cast<ssize_t>(bytes.size()) ? status : 3);
+}
+
+// A text that a driver gives, on one line.
+template <class Handle>
+std::string Text(cl_int(CL_API_CALL* query)(Handle, cl_uint, std::size_t, void*, std::size_t*),
+                 Handle handle, cl_uint name) {
+  std::size_t size = 0;
+  if (query(handle, name, 0, nullptr, &size) != CL_SUCCESS) return "?";
+  std::string text(size, '\0');
+  if (query(handle, name, size, text.data(), nullptr) != CL_SUCCESS) return "?";
+  text.resize(text.find_last_not_of(std::string_view(" \n\0", 3)) + 1);
+  for (char& c : text)
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  return text.empty() ? "?" : text;
+}
+
+template <class Value>
+Value Number(cl_device_id device, cl_device_info name) {
+  Value value{};
+  clGetDeviceInfo(device, name, sizeof value, &value, nullptr);
+  return value;
+}
+
+struct Type {
+  cl_device_type type;
+  const char* name;
+};
+constexpr Type types[] = {{CL_DEVICE_TYPE_GPU, "GPU"},
+                          {CL_DEVICE_TYPE_CPU, "CPU"},
+                          {CL_DEVICE_TYPE_ACCELERATOR, "accelerator"},
+                          {0, "custom"}};
+
+// What keeps a run from the device.
+const char* ObstacleOf(cl_device_id device) {
+  if (Number<cl_bool>(device, CL_DEVICE_AVAILABLE) == CL_FALSE) return "not available";
+  if (Number<cl_bool>(device, CL_DEVICE_COMPILER_AVAILABLE) == CL_FALSE) return "no compiler";
+  const bool isGpu = (Number<cl_device_type>(device, CL_DEVICE_TYPE) & CL_DEVICE_TYPE_GPU) != 0;
+  return isGpu ? "-" : "not a GPU";
+}
+
+void AddLine(std::string& lines, std::size_t platformIndex, cl_platform_id platform,
+             std::size_t deviceIndex, cl_device_id device) {
+  const auto type = Number<cl_device_type>(device, CL_DEVICE_TYPE);
+  const Type* named = types;
+  while (named->type != 0 && (named->type & type) == 0) ++named;
+  const std::string fields[] = {std::to_string(platformIndex),
+                                std::to_string(deviceIndex),
+                                named->name,
+                                Text(clGetPlatformInfo, platform, CL_PLATFORM_NAME),
+                                Text(clGetDeviceInfo, device, CL_DEVICE_NAME),
+                                Text(clGetDeviceInfo, device, CL_DEVICE_VERSION),
+                                Text(clGetDeviceInfo, device, CL_DRIVER_VERSION),
+                                ObstacleOf(device)};
+  if (!lines.empty()) lines += '\n';
+  for (const std::string& field : fields) lines.append(&field == fields ? "" : "\t").append(field);
+}
+
+[[noreturn]] void AnswerAll() {
+  cl_uint count = 0;
+  clGetPlatformIDs(0, nullptr, &count);
+  std::vector<cl_platform_id> platforms(count);
+  if (count > 0) clGetPlatformIDs(count, platforms.data(), nullptr);
+  std::string lines;
+  for (std::size_t i = 0; i < platforms.size(); ++i) {
+    count = 0;
+    if (clGetDeviceIDs(platforms[i], CL_DEVICE_TYPE_ALL, 0, nullptr, &count) != CL_SUCCESS)
+      continue;
+    std::vector<cl_device_id> devices(count);
+    clGetDeviceIDs(platforms[i], CL_DEVICE_TYPE_ALL, count, devices.data(), nullptr);
+    for (std::size_t j = 0; j < devices.size(); ++j) AddLine(lines, i, platforms[i], j, devices[j]);
+  }
+  Answer(lines.empty() ? 1 : 0, lines.empty() ? "no device" : lines);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  answerChannel = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  dup2(nowhere, STDOUT_FILENO);
+  dup2(nowhere, STDERR_FILENO);
+  std::signal(SIGALRM, GiveUp);
+  alarm(patience);
+
+  if (argc == 2 && std::string_view(argv[1]) == "all") AnswerAll();
+
+  // A copy: the loader takes the variable's own text to pieces.
+  const char* names = std::getenv("OPENCL_LAYERS");
+  const std::string layers(names != nullptr ? names : "");
+
+  cl_platform_id platform = nullptr;
+  if (clGetPlatformIDs(1, &platform, nullptr) != CL_SUCCESS) Answer(1, "no OpenCL platform");
+
+  if (const std::string layer = layer::NotTaken(layers); !layer.empty())
+    Answer(2, "the OpenCL loader did not take the layer " + layer);
+
+  cl_device_id device = nullptr;
+  if (clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 1, &device, nullptr) != CL_SUCCESS)
+    Answer(1, "no GPU device");
+  Answer(0, Text(clGetPlatformInfo, platform, CL_PLATFORM_NAME) + ", " +
+                Text(clGetDeviceInfo, device, CL_DEVICE_NAME) + ", driver version " +
+                Text(clGetDeviceInfo, device, CL_DRIVER_VERSION));
+}
