@@ -9,6 +9,7 @@
 
 #include "diagnosis/commands/command.h"
 #include "diagnosis/execution/run_now.h"
+#include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
 #include "harness/rows.h"
 
@@ -28,14 +29,14 @@ void ExplainRows(const Options& options) {
   const bool fromFolder = !options.folder.empty();
   const Run run = RunOf(named || !fromFolder ? selected : std::vector<std::size_t>(),
                         options.folder, options.pool);
-  const Suspects suspects = SuspectsOf(run);
+  const Suspects suspects = AnalysisOf(run, {}).suspects;
   const std::size_t mostOthers = options.allLanes ? std::numeric_limits<std::size_t>::max() : 40;
   std::string text;
   for (const std::size_t row : selected) {
     const auto record = std::ranges::find(run.records, rows[row].name, &Record::row);
     if (record == run.records.end()) continue;
     const Explanation explanation = Explain(*record, run.info.device, suspects);
-    if (!named && explanation.kind == Kind::passedRight) continue;
+    if (!named && explanation.category == Category::passedRight) continue;
     if (!text.empty()) text += '\n';
     text += TextOf(explanation, mostOthers);
   }

@@ -11,6 +11,7 @@
 
 #include "diagnosis/commands/command.h"
 #include "diagnosis/execution/run_now.h"
+#include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
 #include "harness/rows.h"
 
@@ -28,7 +29,7 @@ void WriteReproducer(const Options& options) {
   const std::size_t row = RowCalled(options.row);
   const Run run = RunOf({row}, options.folder, options.pool);
   const auto record = std::ranges::find(run.records, options.row, &Record::row);
-  const std::string text = ReproducerOf(*record, run.info.device, SuspectsOf(run));
+  const std::string text = ReproducerOf(*record, run.info.device, AnalysisOf(run, {}).suspects);
   if (options.file.empty() || options.file == "-") return Print(text);
   std::ofstream file(options.file, std::ios::binary);
   file << text << std::flush;

@@ -24,12 +24,12 @@
 #include "common/text/text.h"
 #include "common/workers/pool.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/record.h"
 #include "diagnosis/record/select.h"
 #include "diagnosis/verdict/account.h"
 #include "diagnosis/verdict/baseline.h"
 #include "diagnosis/views/end_of_run.h"
-#include "diagnosis/views/opinion_of_run.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -150,7 +150,8 @@ class TriageRun {
         Record record;
         record.row = rows[row].name;
         record.seed = options_.pool.seed;
-        record.ending.reason = fmt::format("{} by {}", skipped, skip->second);
+        record.ending.kind = Ending::Kind::skipped;
+        record.ending.reason = "skipped by " + skip->second;
         Ended(std::move(record));
       }
     }
@@ -164,6 +165,8 @@ class TriageRun {
   }
 
  private:
+  Expectations Expected() const { return {options_.baseline, options_.flakesFail, false}; }
+
   Job JobOf(std::size_t row) const {
     Job job;
     job.row = row;
@@ -210,7 +213,7 @@ class TriageRun {
       early_.push_back(std::move(record));
       return;
     }
-    const AccountedRow row = AccountOf(record, options_.baseline, options_.flakesFail);
+    const AccountedRow row = AccountOf(ResultOf(record, info_.device, Expected()));
     const bool again =
         !options_.baselineFile.empty() && !row.asExpected && row.status != Status::missing;
     if (again) again_.push_back(RowCalled(row.name));
@@ -230,7 +233,7 @@ class TriageRun {
               const auto first = std::ranges::find(records_, record.row, &Record::row);
               first->again.push_back(std::move(record));
               AccountedRow& row = account_[static_cast<std::size_t>(first - records_.begin())];
-              row = AccountOf(*first, options_.baseline, options_.flakesFail);
+              row = AccountOf(ResultOf(*first, info_.device, Expected()));
               Report([&row](Reporter& reporter) { reporter.Ended(row, false); });
             }));
   }
@@ -248,21 +251,18 @@ class TriageRun {
     std::string remarks;
     Dispensable views;
     const diagnosis::Run run{info_, std::move(records_)};
+    Expectations expectations = Expected();
+    expectations.strict = options_.strict;
+    const Analysis analysis = AnalysisOf(run, expectations);
     const std::string folder = writing_.Failed() ? "" : options_.folder;
     for (const EndOfRunView view : EndOfRunViews())
-      views.Try([&] { remarks += view(run, folder); });
+      views.Try([&] { remarks += view(analysis, folder); });
     Report([this, &remarks](Reporter& reporter) { reporter.End(account_, remarks); });
     if (!addsUp)
       fmt::print(stderr, "triage: the ledger does not add up: {} rows selected, {} accounted for\n",
                  selected_.size(), account_.size());
-    const auto isGood = [this, &run](const AccountedRow& row) {
-      if (!options_.strict) return row.asExpected;
-      const auto record = std::ranges::find(run.records, row.name, &Record::row);
-      const Kind kind = KindOf(*record, OpinionOf(*record, run.info.device));
-      return IsGoodByOpinion(kind, row.asExpected);
-    };
-    const bool good = addsUp && std::ranges::all_of(account_, isGood) && !writing_.Failed() &&
-                      !reporting_.Failed() && !views.Failed();
+    const bool good = addsUp && analysis.totals.asExpected == analysis.totals.rows &&
+                      !writing_.Failed() && !reporting_.Failed() && !views.Failed();
     return good ? 0 : 1;
   }
 

@@ -1,18 +1,16 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <iterator>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "diagnosis/commands/command.h"
 #include "diagnosis/execution/run_now.h"
-#include "diagnosis/judgement/opinion.h"
-#include "diagnosis/localization/suspects.h"
+#include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
-#include "diagnosis/verdict/ledger.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -40,17 +38,18 @@ void TabulateRows(const Options& options) {
   const std::vector<std::size_t> selected = Select(options.patterns);
   const bool all = options.patterns.empty() && !options.folder.empty();
   const Run run = RunOf(all ? std::vector<std::size_t>() : selected, options.folder, options.pool);
-  const Suspects suspects = SuspectsOf(run);
+  const Analysis analysis = AnalysisOf(run, {});
   std::string text = "test,status,opinion,wrong,lanes,ulps,suspects\n";
-  for (const std::size_t row : selected) {
-    const auto record = std::ranges::find(run.records, rows[row].name, &Record::row);
-    if (record == run.records.end()) continue;
-    const Opinion opinion = OpinionOf(*record, run.info.device);
-    const auto named = suspects.byRow.find(record->row);
-    fmt::format_to(
-        std::back_inserter(text), "{},{},{},{},{},{},{}\n", record->row, NameOf(StatusOf(*record)),
-        NameOf(opinion.verdict), opinion.wrong.size(), opinion.lanes, opinion.greatestUlps,
-        named == suspects.byRow.end() ? "" : fmt::format("{}", fmt::join(named->second, " ")));
+  for (const std::size_t number : selected) {
+    const RowResult* row = analysis.Find(rows[number].name);
+    if (row == nullptr) continue;
+    const Opinion& opinion = row->opinion;
+    std::vector<std::string_view> suspects;
+    for (const NamedSuspect& suspect : analysis.suspects.Of(row->record->row))
+      suspects.emplace_back(suspect.name);
+    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{}\n", row->record->row,
+                   NameOf(row->status), NameOf(opinion.verdict), opinion.wrong.size(),
+                   opinion.lanes, opinion.greatestUlps, fmt::join(suspects, " "));
   }
   Print(text);
 }

@@ -4,9 +4,6 @@
 #include <cmath>
 #include <cstddef>
 #include <span>
-#include <string_view>
-
-#include "diagnosis/verdict/ledger.h"
 
 namespace diagnosis {
 namespace {
@@ -67,21 +64,6 @@ Opinion OpinionOf(const Record& record, const Device& device) {
     opinion.verdict = opinion.wrong.empty() ? Opinion::Verdict::right : Opinion::Verdict::wrong;
   }
   return opinion;
-}
-
-Kind KindOf(const Record& record, const Opinion& opinion) {
-  const Status status = StatusOf(record);
-  const bool judged = status == Status::pass || status == Status::fail;
-  if (!judged || opinion.verdict == Opinion::Verdict::unseen) return Kind::neither;
-  const bool right = opinion.verdict == Opinion::Verdict::right;
-  if (status == Status::pass) return right ? Kind::passedRight : Kind::passedWrong;
-  return right ? Kind::failedRight : Kind::failedWrong;
-}
-
-std::string_view NameOf(Kind kind) {
-  constexpr std::string_view names[] = {"passed and right", "failed and wrong", "passed but wrong",
-                                        "failed but right", "neither"};
-  return names[static_cast<std::size_t>(kind)];
 }
 
 }  // namespace diagnosis

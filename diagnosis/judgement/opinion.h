@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include "diagnosis/judgement/arithmetic.h"
@@ -41,13 +40,5 @@ RightAnswers RightAnswersOf(const Row& row, const Repetition& repetition, int el
 
 /// The opinion on one run of a row on that device.
 Opinion OpinionOf(const Record& record, const Device& device);
-
-/// The suite's verdict by OpenCL's. Neither where the suite or the opinion has no verdict.
-enum class Kind { passedRight, failedWrong, passedWrong, failedRight, neither };
-
-Kind KindOf(const Record& record, const Opinion& opinion);
-
-/// "passed and right", ...
-std::string_view NameOf(Kind kind);
 
 }  // namespace diagnosis

@@ -42,10 +42,11 @@ std::string MeaningOf(const Hypothesis& hypothesis) {
 
 /// A row that stands in question.
 struct Question {
-  std::string row;
-  const Record* record;
+  const RowResult* result;
   bool isWrong;
   std::vector<Candidate> candidates;
+
+  const std::string& Row() const { return result->record->row; }
 };
 
 void AddCandidate(Question& question, Candidate candidate) {
@@ -261,7 +262,7 @@ void KeepCredible(std::vector<Question>& questions) {
   for (const auto& [kind, numbers] : explained) {
     Where where;
     for (const std::size_t number : numbers) {
-      const Row row = RowNamed(questions[number].row).value();
+      const auto row = RowNamed(questions[number].Row()).value();
       where.operations.insert(static_cast<int>(row.operation));
       where.shapes.insert(static_cast<int>(row.shape));
       where.types.insert(static_cast<int>(row.elementType));
@@ -271,7 +272,7 @@ void KeepCredible(std::vector<Question>& questions) {
     std::size_t ofShapeAndType = 0;
     for (const Question& question : questions) {
       if (!question.isWrong) continue;
-      const Row row = RowNamed(question.row).value();
+      const auto row = RowNamed(question.Row()).value();
       const bool operation = where.operations.contains(static_cast<int>(row.operation));
       const bool shape = where.shapes.contains(static_cast<int>(row.shape));
       const bool type = where.types.contains(static_cast<int>(row.elementType));
@@ -353,13 +354,13 @@ std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
   Suspect nothing{unexplained, "No suspect predicts the answers.", {}, {}};
   for (std::size_t number = 0; number < questions.size(); ++number) {
     const Question& question = questions[number];
-    if (question.candidates.empty()) nothing.rows.push_back(question.row);
+    if (question.candidates.empty()) nothing.rows.push_back(question.Row());
     for (const Candidate& candidate : question.candidates) {
       const auto [place, isNew] = places.try_emplace(candidate.name, all.size());
       if (isNew)
         all.push_back(
             {{candidate.name, candidate.sentence, {}, {}}, {}, candidate.rank, candidate.place});
-      all[place->second].suspect.rows.push_back(question.row);
+      all[place->second].suspect.rows.push_back(question.Row());
       all[place->second].rows.set(number);
       explained.set(number);
     }
@@ -420,19 +421,25 @@ bool KeepsDenormals(const RowData& data) {
 
 }  // namespace
 
-Suspects SuspectsOf(const Run& run) {
-  const Device& device = run.info.device;
+const std::vector<NamedSuspect>& Suspects::Of(std::string_view row) const {
+  static const std::vector<NamedSuspect> none;
+  const auto found = byRow.find(row);
+  return found == byRow.end() ? none : found->second;
+}
+
+Suspects SuspectsOf(const std::vector<RowResult>& rows, const Device& device) {
   std::vector<Question> questions;
-  for (const Record& record : run.records) {
-    const std::optional<Row> row = RowNamed(record.row);
+  for (const RowResult& result : rows) {
+    const std::optional<Row> row = RowNamed(result.record->row);
     if (!row || questions.size() == RowSet().size()) continue;
-    const Opinion opinion = OpinionOf(record, device);
-    const RowData data(*row, record, device, opinion);
-    Question question{record.row, &record, opinion.verdict == Opinion::Verdict::wrong, {}};
-    if (opinion.verdict == Opinion::Verdict::wrong) {
+    const bool isWrong = result.opinion.verdict == Opinion::Verdict::wrong;
+    const RowData data(*row, *result.record, device, result.opinion);
+    Question question{&result, isWrong, {}};
+    if (isWrong) {
       TrySingles(question, data, HypothesesOn(data));
       questions.push_back(std::move(question));
-    } else if (KindOf(record, opinion) == Kind::failedRight && KeepsDenormals(data)) {
+    } else if (CategoryOf(result.status, result.opinion.verdict) == Category::failedRight &&
+               KeepsDenormals(data)) {
       constexpr char meaning[] = "Denormals are kept, where the row expects them flushed.";
       question.candidates.push_back({denormalsKept, meaning, meaning, 0, 0});
       questions.push_back(std::move(question));
@@ -442,8 +449,8 @@ Suspects SuspectsOf(const Run& run) {
   const Counts counts = Count(questions);
   for (Question& question : questions) {
     if (!question.candidates.empty()) continue;
-    const RowData data(RowNamed(question.row).value(), *question.record, device,
-                       OpinionOf(*question.record, device));
+    const Record& record = *question.result->record;
+    const RowData data(RowNamed(record.row).value(), record, device, question.result->opinion);
     TryPairs(question, data, HypothesesOn(data), counts);
   }
   const Counts allCounts = Count(questions);
@@ -456,15 +463,10 @@ Suspects SuspectsOf(const Run& run) {
   suspects.fewest = Fewest(questions);
   for (Question& question : questions) {
     KeepPlain(question, suspects.fewest);
-    auto& names = suspects.byRow[question.row];
-    auto& meanings = suspects.meaningsByRow[question.row];
-    for (const Candidate& candidate : question.candidates) {
-      names.push_back(candidate.name);
-      meanings.push_back(candidate.meaning);
-    }
-    if (!names.empty()) continue;
-    names.emplace_back(unexplained);
-    meanings.emplace_back("No suspect predicts the answers.");
+    auto& named = suspects.byRow[question.Row()];
+    for (const Candidate& candidate : question.candidates)
+      named.push_back({candidate.name, candidate.meaning});
+    if (named.empty()) named.push_back({unexplained, "No suspect predicts the answers."});
   }
   return suspects;
 }

@@ -2,9 +2,10 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "diagnosis/record/record.h"
+#include "diagnosis/verdict/row_result.h"
 
 namespace diagnosis {
 
@@ -22,19 +23,27 @@ struct Suspect {
   std::vector<std::string> alike;  // others that explain the same rows: the data can't tell
 };
 
+/// A suspect of one row.
+struct NamedSuspect {
+  std::string name;
+  std::string meaning;  // one sentence, with what it leaves open behind it
+};
+
 /// The suspects of a run.
 struct Suspects {
   /// For each wrong row the suspects that predict every one of its lanes, those that explain most
   /// rows of the run first, the simplest first among equals; "unexplained" where none does. A row
   /// that failed but is right has "denormals-kept" if that is why.
-  std::map<std::string, std::vector<std::string>> byRow;
-  /// What each of these means in that row: one sentence, with what it leaves open behind it.
-  std::map<std::string, std::vector<std::string>> meaningsByRow;
+  std::map<std::string, std::vector<NamedSuspect>, std::less<>> byRow;
   /// The fewest suspects that explain all of these rows; rows that none explains under
   /// "unexplained", which is last.
   std::vector<Suspect> fewest;
+
+  /// Those of that row, which may be none.
+  const std::vector<NamedSuspect>& Of(std::string_view row) const;
 };
 
-Suspects SuspectsOf(const Run& run);
+/// The suspects of the rows of a run on that device.
+Suspects SuspectsOf(const std::vector<RowResult>& rows, const Device& device);
 
 }  // namespace diagnosis

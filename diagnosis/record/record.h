@@ -42,7 +42,8 @@ struct FailedCall {
 /// How a row came to its end.
 struct Ending {
   enum class Kind {
-    notRun,     // skipped or never reached; `reason` says why
+    notRun,     // never reached; `reason` says why
+    skipped,    // not to be run; `reason` says by whose word
     returned,   // the runner came back; `value` is what it returned
     exited,     // the process ended in mid-row; `value` is its status
     signalled,  // the process was killed; `value` is the signal

@@ -23,8 +23,9 @@ using Json = nlohmann::ordered_json;
 // What the files are written in. A reader takes no other.
 constexpr int currentFormat = 1;
 
-constexpr std::array<std::pair<Ending::Kind, const char*>, 6> kinds = {
+constexpr std::array<std::pair<Ending::Kind, const char*>, 7> kinds = {
     {{Ending::Kind::notRun, "notRun"},
+     {Ending::Kind::skipped, "skipped"},
      {Ending::Kind::returned, "returned"},
      {Ending::Kind::exited, "exited"},
      {Ending::Kind::signalled, "signalled"},

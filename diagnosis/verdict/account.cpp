@@ -12,20 +12,7 @@ namespace diagnosis {
 
 namespace {
 
-constexpr std::size_t statuses = static_cast<std::size_t>(Status::flake) + 1;
 using Counts = std::array<std::size_t, statuses>;
-
-Status ExpectedOf(const std::string& row, const Baseline& baseline) {
-  const auto entry = baseline.find(row);
-  return entry == baseline.end() ? Status::pass : entry->second;
-}
-
-// Whether a row's last run differs from its first. One that was not reached tells nothing.
-bool IsFlake(const Record& record) {
-  if (record.again.empty()) return false;
-  const Status last = StatusOf(record.again.back());
-  return last != Status::missing && last != StatusOf(record);
-}
 
 std::string_view OperationOf(std::string_view row) { return row.substr(0, row.find('_')); }
 
@@ -58,43 +45,13 @@ std::string SentenceOf(const Counts& total, std::size_t asExpected, std::size_t 
 
 }  // namespace
 
-AccountedRow AccountOf(const Record& record, const Baseline& baseline, bool flakesFail) {
-  const Status ended = StatusOf(record);
-  const Status expected = ExpectedOf(record.row, baseline);
-  AccountedRow row{.name = record.row,
-                   .status = ended,
-                   .asExpected = ended == expected || ended == Status::skip,
-                   .detail = DetailOf(record),
-                   .seconds = record.seconds,
-                   .buildSeconds = record.buildSeconds};
-  const bool isResult = expected != Status::skip && expected != Status::missing;
-  if (expected == Status::flake) {
-    row.asExpected = ended != Status::missing;
-    if (ended != Status::pass && row.asExpected && ended != Status::skip)
-      row.status = Status::flake;
-  } else if (IsFlake(record)) {
-    row.status = Status::flake;
-    row.asExpected = !flakesFail;
-    const std::string detail = row.detail.empty() ? DetailOf(record.again.back()) : row.detail;
-    row.detail = fmt::format("{}, then {}: {}", NameOf(ended),
-                             NameOf(StatusOf(record.again.back())), detail);
-  } else if (ended == Status::fail && row.asExpected) {
-    row.status = Status::expectedFail;
-  } else if (ended == Status::pass && !isResult) {
-    row.asExpected = true;
-  } else if (ended == Status::pass && !row.asExpected) {
-    row.status = Status::unexpectedPass;
-    row.detail = fmt::format("expected {}", NameOf(expected));
-  } else if (!row.asExpected && expected != Status::pass && isResult) {
-    row.detail += fmt::format(" (expected {})", NameOf(expected));
-  }
-  return row;
-}
-
-Status ToExpect(const AccountedRow& row) {
-  if (row.status == Status::expectedFail) return Status::fail;
-  if (row.status == Status::unexpectedPass) return Status::pass;
-  return row.status;
+AccountedRow AccountOf(const RowResult& row) {
+  return {.name = row.record->row,
+          .status = row.verdict,
+          .asExpected = row.asExpected,
+          .detail = row.detail,
+          .seconds = row.record->seconds,
+          .buildSeconds = row.record->buildSeconds};
 }
 
 std::string TextOf(const std::vector<AccountedRow>& account, std::size_t selected) {

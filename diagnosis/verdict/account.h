@@ -4,9 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/record/record.h"
-#include "diagnosis/verdict/baseline.h"
-#include "diagnosis/verdict/ledger.h"
+#include "diagnosis/verdict/row_result.h"
 
 namespace diagnosis {
 
@@ -20,13 +18,7 @@ struct AccountedRow {
   double buildSeconds = 0;
 };
 
-/// What became of a row against what was expected of it. If it was run again, on the same data, and
-/// ended with another status, it is a flake, which passes unless flakes are failures.
-AccountedRow AccountOf(const Record& record, const Baseline& baseline, bool flakesFail = false);
-
-/// The status to expect of a row that ended so, for a baseline: a flake's is Flake, that of an
-/// expected Fail is Fail.
-Status ToExpect(const AccountedRow& row);
+AccountedRow AccountOf(const RowResult& row);
 
 /// The ledger of a run as a person reads it: rows by operation and status, the five slowest, and in
 /// a sentence what it comes to. `selected` rows were to be accounted for.

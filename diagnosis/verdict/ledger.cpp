@@ -26,6 +26,8 @@ std::string_view FirstLineOf(std::string_view text) {
   return text.substr(0, text.find_first_of("\r\n"));
 }
 
+bool IsMismatch(std::string_view line) { return line.find(" ocl:") != std::string_view::npos; }
+
 struct Mismatch {
   std::string_view line;
   int repetition;
@@ -39,7 +41,7 @@ Mismatch MismatchOf(const Record& record) {
     const std::string_view line = out.substr(0, out.find('\n'));
     out.remove_prefix(std::min(line.size() + 1, out.size()));
     if (line.starts_with("RUN ")) ++repetition;
-    if (line.find(" ocl:") != std::string_view::npos) return {FirstLineOf(line), repetition};
+    if (IsMismatch(line)) return {FirstLineOf(line), repetition};
   }
   return {{}, 0};
 }
@@ -105,11 +107,15 @@ std::optional<Status> StatusNamed(std::string_view name) {
   return static_cast<Status>(found - std::begin(names));
 }
 
+bool FoundMismatch(const Repetition& repetition) { return IsMismatch(repetition.out); }
+
 Status StatusOf(const Record& record) {
   // A row may show several things. The first of these that holds is its status.
   switch (record.ending.kind) {
+    case Ending::Kind::skipped:
+      return Status::skip;
     case Ending::Kind::notRun:
-      return record.ending.reason.starts_with(skipped) ? Status::skip : Status::missing;
+      return Status::missing;
     case Ending::Kind::timedOut:
       return Status::timeout;
     case Ending::Kind::signalled:

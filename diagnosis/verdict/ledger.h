@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,7 @@ enum class Status {
   unexpectedPass,
   flake,  // ended otherwise when run once more on the same data
 };
+inline constexpr std::size_t statuses = static_cast<std::size_t>(Status::flake) + 1;
 
 /// "Pass", "Fail", "BuildError", ...
 std::string_view NameOf(Status status);
@@ -30,8 +32,8 @@ std::string_view NameOf(Status status);
 /// The status of that name, or nothing.
 std::optional<Status> StatusNamed(std::string_view name);
 
-/// How the reason begins for which a row was not run because a list of skips names it.
-inline constexpr std::string_view skipped = "skipped";
+/// Whether the row says in this repetition which value it rejected.
+bool FoundMismatch(const Repetition& repetition);
 
 /// The status of a record by itself: one of the first eight.
 Status StatusOf(const Record& record);

@@ -13,15 +13,18 @@
 #include "common/text/bad_use.h"
 #include "common/text/text.h"
 #include "diagnosis/record/row.h"
-#include "diagnosis/verdict/account.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
 
 namespace {
 
-bool IsWrong(Standing standing) {
-  return standing == Standing::passedWrong || standing == Standing::failedWrong;
+int RankOf(const RowResult& row) { return TraitsOf(row.category).rank; }
+
+bool IsSkipped(const RowResult& row) { return row.category == Category::skip; }
+
+bool IsWrong(const RowResult& row) {
+  return row.category == Category::passedWrong || row.category == Category::failedWrong;
 }
 
 // The bytes that the row stores. What else is in a union was there before, and is another every
@@ -56,33 +59,27 @@ bool SameLane(const WrongLane& a, const WrongLane& b) {
          std::bit_cast<std::uint32_t>(a.answer) == std::bit_cast<std::uint32_t>(b.answer);
 }
 
-Comparison ComparisonBetween(const std::optional<Outcome>& before,
-                             const std::optional<Outcome>& after) {
+Comparison ComparisonBetween(const std::optional<RowResult>& before,
+                             const std::optional<RowResult>& after) {
   if (before && after) return ComparisonOf(*before, *after);
-  const std::optional<Outcome>& there = before ? before : after;
-  return there && StandingOf(*there) != Standing::notRun ? Comparison::oneOnly : Comparison::same;
+  const std::optional<RowResult>& there = before ? before : after;
+  return there && !IsSkipped(*there) ? Comparison::oneOnly : Comparison::same;
 }
 
-std::string ShortSummaryOf(const std::optional<Outcome>& outcome) {
+std::string ShortSummaryOf(const std::optional<RowResult>& outcome) {
   return outcome ? SummaryOf(*outcome) : "not selected";
 }
 
 }  // namespace
 
-Outcome OutcomeOf(const Record& record, const Device& device) {
-  // No expected results: what a page says of a row does not hang on what was thought of it before.
-  Outcome outcome{&record, AccountOf(record, {}).status, OpinionOf(record, device), Kind::neither};
-  outcome.kind = KindOf(record, outcome.opinion);
-  return outcome;
-}
-
-std::string SummaryOf(const Outcome& outcome) {
-  std::string text(NameOf(outcome.status));
+std::string SummaryOf(const RowResult& outcome) {
+  const Status status = TraitsOf(outcome.category).status;
+  std::string text(NameOf(status));
   const Opinion& opinion = outcome.opinion;
-  if (outcome.status == Status::pass || outcome.status == Status::fail) {
+  if (status == Status::pass || status == Status::fail) {
     switch (opinion.verdict) {
       case Opinion::Verdict::right:
-        text += outcome.status == Status::pass ? " and right" : ", but right";
+        text += status == Status::pass ? " and right" : ", but right";
         break;
       case Opinion::Verdict::wrong:
         text += fmt::format(", wrong in {} of {} lanes", opinion.wrong.size(), opinion.lanes);
@@ -100,49 +97,18 @@ std::string SummaryOf(const Outcome& outcome) {
   return text;
 }
 
-Standing StandingOf(const Outcome& outcome) {
-  switch (outcome.status) {
-    case Status::error:
-      return Standing::error;
-    case Status::buildError:
-      return Standing::buildError;
-    case Status::crash:
-    case Status::timeout:
-      return Standing::broken;
-    case Status::skip:
-      return Standing::notRun;
-    case Status::missing:
-      return Standing::missing;
-    default:
-      break;
-  }
-  switch (outcome.kind) {
-    case Kind::passedRight:
-      return Standing::passedRight;
-    case Kind::failedRight:
-      return Standing::failedRight;
-    case Kind::passedWrong:
-      return Standing::passedWrong;
-    case Kind::failedWrong:
-      return Standing::failedWrong;
-    case Kind::neither:
-      break;
-  }
-  return outcome.status == Status::pass ? Standing::passedUnseen : Standing::failedWrong;
-}
-
-Comparison ComparisonOf(const Outcome& before, const Outcome& after) {
-  const Standing first = StandingOf(before);
-  const Standing second = StandingOf(after);
-  if (first == Standing::notRun || second == Standing::notRun)
-    return first == second ? Comparison::same : Comparison::oneOnly;
-  const bool built = first != Standing::buildError && second != Standing::buildError;
+Comparison ComparisonOf(const RowResult& before, const RowResult& after) {
+  if (IsSkipped(before) || IsSkipped(after))
+    return IsSkipped(before) && IsSkipped(after) ? Comparison::same : Comparison::oneOnly;
+  const bool built =
+      before.category != Category::buildError && after.category != Category::buildError;
   if (built && OnOtherData(*before.record, *after.record)) return Comparison::otherData;
-  if (first != second) return second < first ? Comparison::better : Comparison::worse;
+  if (RankOf(before) != RankOf(after))
+    return RankOf(after) < RankOf(before) ? Comparison::better : Comparison::worse;
 
   const Opinion& a = before.opinion;
   const Opinion& b = after.opinion;
-  if (IsWrong(first)) {
+  if (IsWrong(before)) {
     const auto ill = std::pair(a.wrong.size(), a.greatestUlps);
     const auto now = std::pair(b.wrong.size(), b.greatestUlps);
     if (now != ill) return now < ill ? Comparison::better : Comparison::worse;
@@ -150,7 +116,7 @@ Comparison ComparisonOf(const Outcome& before, const Outcome& after) {
                                                           : Comparison::otherwise;
   }
   if (a.greatestUlps != b.greatestUlps) return Comparison::otherwise;
-  return before.status == after.status && DetailOf(*before.record) == DetailOf(*after.record)
+  return before.category == after.category && DetailOf(*before.record) == DetailOf(*after.record)
              ? Comparison::same
              : Comparison::otherwise;
 }
@@ -168,12 +134,12 @@ std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders) {
 }
 
 std::vector<ComparedRow> Compare(const std::vector<NamedRun>& runs) {
-  std::map<std::string_view, std::vector<std::optional<Outcome>>> byName;
+  std::map<std::string_view, std::vector<std::optional<RowResult>>> byName;
   for (std::size_t i = 0; i < runs.size(); ++i) {
     for (const Record& record : runs[i].run.records) {
       auto& outcomes = byName[record.row];
       outcomes.resize(runs.size());
-      outcomes[i] = OutcomeOf(record, runs[i].run.info.device);
+      outcomes[i] = ResultOf(record, runs[i].run.info.device, {});
     }
   }
   std::vector<ComparedRow> compared;
@@ -190,8 +156,7 @@ std::vector<ComparedRow> Compare(const std::vector<NamedRun>& runs) {
 
 bool CameToTheSame(const ComparedRow& row) {
   return std::ranges::all_of(row.outcomes, [&row](const auto& outcome) {
-    return outcome && row.outcomes.front() &&
-           StandingOf(*outcome) == StandingOf(*row.outcomes.front());
+    return outcome && row.outcomes.front() && RankOf(*outcome) == RankOf(*row.outcomes.front());
   });
 }
 

@@ -6,42 +6,13 @@
 #include <string_view>
 #include <vector>
 
-#include "diagnosis/judgement/opinion.h"
 #include "diagnosis/record/record.h"
-#include "diagnosis/verdict/ledger.h"
+#include "diagnosis/verdict/row_result.h"
 
 namespace diagnosis {
 
-/// What a row came to in a run. The record outlives it.
-struct Outcome {
-  const Record* record;
-  Status status;
-  Opinion opinion;
-  Kind kind;
-};
-
-Outcome OutcomeOf(const Record& record, const Device& device);
-
 /// "Fail, wrong in 12 of 400 lanes, 3 ulps at most", "Crash: SIGSEGV in repetition 2", ...
-std::string SummaryOf(const Outcome& outcome);
-
-/// How well a row stands, the best first: a device that computes rightly stands above one that does
-/// not, whatever the suite's rule lets pass, and one that answers wrongly above one that does not
-/// answer. Among those that do not, it counts how far the row came and what it left running.
-enum class Standing {
-  passedRight,
-  passedUnseen,
-  failedRight,
-  passedWrong,
-  failedWrong,  // and failed with nothing to judge
-  error,        // built, but a call failed
-  buildError,
-  broken,   // crashed, or was ended for its time
-  missing,  // nobody knows
-  notRun,   // nobody asked: skipped or not selected; neither better nor worse than any other
-};
-
-Standing StandingOf(const Outcome& outcome);
+std::string SummaryOf(const RowResult& outcome);
 
 /// How a row's later outcome compares with the one before.
 enum class Comparison {
@@ -54,14 +25,14 @@ enum class Comparison {
   worse,
 };
 
-/// By standing; between two wrong outcomes of the same standing by wrong lanes, then by the
+/// By rank; between two wrong outcomes of the same rank by wrong lanes, then by the
 /// greatest distance. A distance within what OpenCL allows makes a row neither better nor worse.
-Comparison ComparisonOf(const Outcome& before, const Outcome& after);
+Comparison ComparisonOf(const RowResult& before, const RowResult& after);
 
 /// A row in every run; no outcome where a run has no record of it.
 struct ComparedRow {
   std::string name;
-  std::vector<std::optional<Outcome>> outcomes;
+  std::vector<std::optional<RowResult>> outcomes;
   Comparison comparison;  // the gravest of any run against the first
 };
 

@@ -9,9 +9,9 @@ namespace diagnosis {
 
 const std::vector<EndOfRunView>& EndOfRunViews() {
   static const std::vector<EndOfRunView> views = {
-      [](const Run& run, const std::string&) { return OpinionOnRun(run); },
-      [](const Run& run, const std::string&) { return DrawsOfRun(run); },
-      [](const Run& run, const std::string&) { return LostOfRun(run); },
+      [](const Analysis& analysis, const std::string&) { return OpinionOnRun(analysis); },
+      [](const Analysis& analysis, const std::string&) { return DrawsOfRun(*analysis.run); },
+      [](const Analysis& analysis, const std::string&) { return LostOfRun(*analysis.run); },
       WriteReportOf,
   };
   return views;

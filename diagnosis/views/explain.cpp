@@ -16,6 +16,7 @@
 #include "diagnosis/capture/rehearsal.h"
 #include "diagnosis/judgement/arithmetic.h"
 #include "diagnosis/record/row.h"
+#include "diagnosis/verdict/category.h"
 #include "diagnosis/verdict/ledger.h"
 #include "harness/host_floating_point.h"
 #include "harness/ulp.h"
@@ -210,10 +211,6 @@ Ruling RuleOn(const LanePlace& place) {
                             units, tolerance)};
 }
 
-bool FoundMismatch(const Repetition& repetition) {
-  return repetition.out.find(" ocl:") != std::string::npos;
-}
-
 /// The first lane that the rule rejects. The suite's check ends there.
 std::optional<LanePlace> FirstRejected(const LanePlace& place) {
   for (int element = 0; element < elementsOfRow; ++element) {
@@ -383,14 +380,15 @@ std::string WhereOf(int repetition, int element, int lane) {
 
 /// The lanes to be told of: those that are wrong, or where none is, those that the suite rejects.
 std::vector<LanePlace> LanesToExplain(const Row& row, const Record& record, const Device& device,
-                                      const FloatMode& mode, const Opinion& opinion, Kind kind) {
+                                      const FloatMode& mode, const Opinion& opinion,
+                                      Category category) {
   std::vector<LanePlace> lanes;
   for (const WrongLane& wrong : opinion.wrong) {
     const auto repetition = static_cast<std::size_t>(wrong.repetition) - 1;
     lanes.push_back({row, device, mode, record.repetitions[repetition], wrong.repetition,
                      wrong.element, wrong.lane});
   }
-  if (kind != Kind::failedRight) return lanes;
+  if (category != Category::failedRight) return lanes;
   int number = 0;
   for (const Repetition& repetition : record.repetitions) {
     ++number;
@@ -405,9 +403,9 @@ std::vector<LanePlace> LanesToExplain(const Row& row, const Record& record, cons
   return lanes;
 }
 
-std::string OtherLane(const LanePlace& place, Kind kind) {
+std::string OtherLane(const LanePlace& place, Category category) {
   const std::string where = WhereOf(place.number, place.element, place.lane);
-  if (kind == Kind::failedRight) {
+  if (category == Category::failedRight) {
     return fmt::format("{}: {}, the reference {}", where, BitsAndNumber(place.Answer()),
                        BitsAndNumber(ReferenceOf(place)));
   }
@@ -455,27 +453,23 @@ Explanation Explain(const Record& record, const Device& device, const Suspects& 
   if (const std::string detail = DetailOf(record); !detail.empty())
     explanation.status += ": " + detail;
   explanation.opinion = OpinionOf(record, device);
-  explanation.kind = KindOf(record, explanation.opinion);
+  explanation.category = CategoryOf(record, explanation.opinion);
   explanation.notes = NotesOn(record, status);
 
   if (const std::optional<Row> row = RowNamed(record.row)) {
     const FloatMode mode = ModeOf(device, record.buildOptions);
     const std::vector<LanePlace> lanes =
-        LanesToExplain(*row, record, device, mode, explanation.opinion, explanation.kind);
+        LanesToExplain(*row, record, device, mode, explanation.opinion, explanation.category);
     for (const LanePlace& place : lanes) {
       if (explanation.first.empty()) {
         explanation.first.push_back(ExplainLane(place));
       } else {
-        explanation.others.push_back(OtherLane(place, explanation.kind));
+        explanation.others.push_back(OtherLane(place, explanation.category));
       }
     }
   }
-  const auto names = suspects.byRow.find(record.row);
-  const auto meanings = suspects.meaningsByRow.find(record.row);
-  if (names != suspects.byRow.end() && meanings != suspects.meaningsByRow.end()) {
-    for (std::size_t n = 0; n < names->second.size(); ++n)
-      explanation.suspects.push_back(names->second[n] + ": " + meanings->second.at(n));
-  }
+  for (const NamedSuspect& suspect : suspects.Of(record.row))
+    explanation.suspects.push_back(suspect.name + ": " + suspect.meaning);
   return explanation;
 }
 
@@ -486,7 +480,7 @@ using Out = std::back_insert_iterator<std::string>;
 void WriteOpinion(Out out, const Explanation& explanation) {
   const Opinion& opinion = explanation.opinion;
   const auto lanes = static_cast<std::uint64_t>(opinion.lanes);
-  const char* cameBack = explanation.kind == Kind::neither ? " that came back" : "";
+  const char* cameBack = IsJudged(explanation.category) ? "" : " that came back";
   switch (opinion.verdict) {
     case Opinion::Verdict::unseen:
       fmt::format_to(out, "  no result came back\n");
@@ -504,7 +498,8 @@ void WriteOpinion(Out out, const Explanation& explanation) {
       }
       break;
   }
-  if (explanation.kind != Kind::neither) fmt::format_to(out, "; {}", NameOf(explanation.kind));
+  if (IsJudged(explanation.category))
+    fmt::format_to(out, "; {}", TraitsOf(explanation.category).name);
   fmt::format_to(out, "\n");
 }
 
@@ -540,11 +535,11 @@ void WriteStores(Out out, std::string_view name, const std::vector<std::string>&
   }
 }
 
-void WriteLane(Out out, const Row& row, const ExplainedLane& lane, Kind kind) {
+void WriteLane(Out out, const Row& row, const ExplainedLane& lane, Category category) {
   const WrongLane& wrong = lane.lane;
   const auto index = static_cast<std::size_t>(wrong.lane);
   fmt::format_to(out, "\n  The first {}: {}\n",
-                 kind == Kind::failedRight ? "lane that the suite rejects" : "wrong lane",
+                 category == Category::failedRight ? "lane that the suite rejects" : "wrong lane",
                  WhereOf(wrong.repetition, wrong.element, wrong.lane));
   WriteStores(out, "A", lane.storesA, lane.bytesA, row.width * index, row.width);
   WriteStores(out, "B", lane.storesB, lane.bytesB, sizeof(float) * index, sizeof(float));
@@ -566,7 +561,7 @@ void WriteLane(Out out, const Row& row, const ExplainedLane& lane, Kind kind) {
   fmt::format_to(out, "  The reference:\n");
   for (const std::string& step : lane.reference) fmt::format_to(out, "    {}\n", step);
   fmt::format_to(out, "  The answer: {}\n",
-                 kind == Kind::failedRight ? "right" : DistanceOf(wrong));
+                 category == Category::failedRight ? "right" : DistanceOf(wrong));
   fmt::format_to(out, "  The suite's rule: {}\n  OpenCL's rule: {}\n", lane.suiteRule,
                  lane.openClRule);
 }
@@ -581,11 +576,12 @@ std::string TextOf(const Explanation& explanation, std::size_t mostOthers) {
   for (const std::string& note : explanation.notes) fmt::format_to(out, "  {}\n", note);
   const std::optional<Row> row = RowNamed(explanation.row);
   for (const ExplainedLane& lane : explanation.first)
-    WriteLane(out, row.value(), lane, explanation.kind);
+    WriteLane(out, row.value(), lane, explanation.category);
   if (!explanation.others.empty()) {
     fmt::format_to(out, "\n  {}:\n",
-                   explanation.kind == Kind::failedRight ? "Others that the suite's rule rejects"
-                                                         : "Other wrong lanes");
+                   explanation.category == Category::failedRight
+                       ? "Others that the suite's rule rejects"
+                       : "Other wrong lanes");
     const std::size_t shown = std::min(explanation.others.size(), mostOthers);
     for (std::size_t n = 0; n < shown; ++n) fmt::format_to(out, "    {}\n", explanation.others[n]);
     if (shown < explanation.others.size())

@@ -8,6 +8,7 @@
 #include "diagnosis/judgement/opinion.h"
 #include "diagnosis/localization/suspects.h"
 #include "diagnosis/record/record.h"
+#include "diagnosis/verdict/category.h"
 
 namespace diagnosis {
 
@@ -42,8 +43,8 @@ struct ExplainedLane {
 /// A row that is not passed and right.
 struct Explanation {
   std::string row;
-  std::string status;  // "Fail: ..." with the detail
-  Kind kind = Kind::neither;
+  std::string status;                     // "Fail: ..." with the detail
+  Category category = Category::missing;  // of the first run
   Opinion opinion;
   std::vector<ExplainedLane> first;   // the first such lane; empty if there is none
   std::vector<std::string> others;    // the others, a line each

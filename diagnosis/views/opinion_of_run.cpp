@@ -4,12 +4,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <numeric>
 #include <string_view>
 #include <vector>
-
-#include "diagnosis/localization/suspects.h"
 
 namespace diagnosis {
 
@@ -47,14 +43,13 @@ std::string SuspectsLine(const Suspects& suspects) {
 
 }  // namespace
 
-std::string OpinionOnRun(const Run& run) {
-  std::array<std::size_t, 5> counts{};
-  for (const Record& record : run.records) {
-    const Kind kind = KindOf(record, OpinionOf(record, run.info.device));
-    ++counts.at(static_cast<std::size_t>(kind));
-  }
-  const auto [passedRight, failedWrong, passedWrong, failedRight, neither] = counts;
-  const std::size_t judged = std::accumulate(counts.begin(), counts.end() - 1, std::size_t{0});
+std::string OpinionOnRun(const Analysis& analysis) {
+  const Totals& totals = analysis.totals;
+  const std::size_t passedRight = totals.Of(Category::passedRight);
+  const std::size_t failedWrong = totals.Of(Category::failedWrong);
+  const std::size_t passedWrong = totals.Of(Category::passedWrong);
+  const std::size_t failedRight = totals.Of(Category::failedRight);
+  const std::size_t judged = passedRight + failedWrong + passedWrong + failedRight;
   if (judged == 0) return "";
   const std::size_t passed = passedRight + passedWrong;
   const std::size_t failed = failedRight + failedWrong;
@@ -63,8 +58,8 @@ std::string OpinionOnRun(const Run& run) {
                        Form(passed, "is", "all are"));
   }
 
-  const Suspects suspects = SuspectsOf(run);
-  const std::string reason = ReasonOf(suspects, failedRight, run.info.device);
+  const Suspects& suspects = analysis.suspects;
+  const std::string reason = ReasonOf(suspects, failedRight, analysis.run->info.device);
   std::string text;
   const bool ofOneKind = std::max({failedWrong, passedWrong, failedRight}) == failed + passedWrong;
   if (!ofOneKind) {
@@ -85,17 +80,6 @@ std::string OpinionOnRun(const Run& run) {
     text += fmt::format("{} failed; {} right by OpenCL's rules{}.\n", Rows(failed), all, reason);
   }
   return text + SuspectsLine(suspects);
-}
-
-bool IsGoodByOpinion(Kind kind, bool asExpected) {
-  switch (kind) {
-    case Kind::failedRight:
-      return true;
-    case Kind::passedWrong:
-      return false;
-    default:
-      return asExpected;
-  }
 }
 
 }  // namespace diagnosis

@@ -14,8 +14,7 @@
 #include <utility>
 
 #include "common/text/text.h"
-#include "diagnosis/verdict/account.h"
-#include "diagnosis/verdict/baseline.h"
+#include "diagnosis/localization/analysis.h"
 #include "diagnosis/views/draws_of_run.h"
 #include "diagnosis/views/report_parts.h"
 
@@ -29,58 +28,8 @@ namespace {
 constexpr std::size_t mostBytesOfRows = mostBytesOfPage - (std::size_t{1} << 19);
 constexpr std::size_t mostBytesOfText = 8 << 10;
 
-enum LookIndex : std::size_t {
-  passedRight,
-  failedRight,
-  passedWrong,
-  failedWrong,
-  passedUnseen,
-  failedUnseen,
-  flake,
-  error,
-  buildError,
-  crash,
-  timeout,
-  skip,
-  missing,
-};
-
-std::size_t IndexOfLook(const Outcome& outcome) {
-  switch (outcome.status) {
-    case Status::buildError:
-      return buildError;
-    case Status::error:
-      return error;
-    case Status::crash:
-      return crash;
-    case Status::timeout:
-      return timeout;
-    case Status::skip:
-      return skip;
-    case Status::missing:
-      return missing;
-    case Status::flake:
-      return flake;
-    default:
-      break;
-  }
-  switch (outcome.kind) {
-    case Kind::passedRight:
-      return passedRight;
-    case Kind::failedRight:
-      return failedRight;
-    case Kind::passedWrong:
-      return passedWrong;
-    case Kind::failedWrong:
-      return failedWrong;
-    case Kind::neither:
-      break;
-  }
-  return outcome.status == Status::pass ? passedUnseen : failedUnseen;
-}
-
-std::size_t CountOf(const std::vector<Outcome>& outcomes, std::size_t look) {
-  return static_cast<std::size_t>(std::ranges::count(outcomes, look, IndexOfLook));
+std::size_t CountOf(const std::vector<RowResult>& outcomes, Category category) {
+  return static_cast<std::size_t>(std::ranges::count(outcomes, category, &RowResult::category));
 }
 
 // The words one after another: "a, b and c".
@@ -94,20 +43,16 @@ std::string Joined(const std::vector<std::string>& words) {
 }
 
 // How many rows ended as the run's baseline says.
-std::string AsExpected(const Run& run) {
-  Baseline baseline;
-  for (const auto& [row, status] : run.info.expected)
-    baseline[row] = StatusNamed(status).value_or(Status::pass);
-  const auto others = std::ranges::count_if(run.records, [&baseline](const Record& record) {
-    return !AccountOf(record, baseline).asExpected;
-  });
+std::string AsExpected(const Totals& totals) {
+  const std::size_t others = totals.rows - totals.asExpected;
   if (others == 0) return "every row ended as the baseline expects";
-  return Counted(static_cast<std::size_t>(others), "row") +
-         " ended otherwise than the baseline expects";
+  return Counted(others, "row") + " ended otherwise than the baseline expects";
 }
 
 // What the suite says.
-std::string LedgerSentence(const Run& run, const std::vector<Outcome>& outcomes) {
+std::string LedgerSentence(const Analysis& analysis) {
+  const Run& run = *analysis.run;
+  const std::vector<RowResult>& outcomes = analysis.rows;
   struct Name {
     Status status;
     const char* text;
@@ -122,45 +67,46 @@ std::string LedgerSentence(const Run& run, const std::vector<Outcome>& outcomes)
       {Status::skip, "skipped"},
       {Status::missing, "never reached"},
   };
-  const auto passed =
-      static_cast<std::size_t>(std::ranges::count(outcomes, Status::pass, &Outcome::status));
+  const auto status = [](const RowResult& row) { return TraitsOf(row.category).status; };
+  const auto passed = static_cast<std::size_t>(std::ranges::count(outcomes, Status::pass, status));
   std::string text;
   if (passed == outcomes.size()) {
     text = passed == 1 ? "The one row passed" : fmt::format("All {} rows passed", passed);
   } else {
     std::vector<std::string> others;
     for (const Name& name : names) {
-      const auto count = std::ranges::count(outcomes, name.status, &Outcome::status);
+      const auto count = std::ranges::count(outcomes, name.status, status);
       if (count > 0) others.push_back(fmt::format("{} {}", count, name.text));
     }
     text =
         fmt::format("{} of {} passed: {}", passed, Counted(outcomes.size(), "row"), Joined(others));
   }
-  if (!run.info.expected.empty()) text += "; " + AsExpected(run);
+  if (!run.info.expected.empty()) text += "; " + AsExpected(analysis.totals);
   return text + (run.info.end.empty() ? "; the run was cut off." : ".");
 }
 
 // What OpenCL says to that.
-std::string OpinionSentence(const std::vector<Outcome>& outcomes) {
-  const std::size_t right = CountOf(outcomes, passedRight);
-  const std::size_t judged = right + CountOf(outcomes, failedRight) +
-                             CountOf(outcomes, passedWrong) + CountOf(outcomes, failedWrong);
+std::string OpinionSentence(const std::vector<RowResult>& outcomes) {
+  const std::size_t right = CountOf(outcomes, Category::passedRight);
+  const std::size_t judged = right + CountOf(outcomes, Category::failedRight) +
+                             CountOf(outcomes, Category::passedWrong) +
+                             CountOf(outcomes, Category::failedWrong);
   if (judged == 0) return "Nothing came back that could be held against OpenCL\u2019s rules.";
   if (right == judged) return "By OpenCL\u2019s rules, too, every lane that came back is right.";
 
   struct Part {
-    std::size_t look;
+    Category category;
     const char* text;
     const char* meaning;
   };
   constexpr Part parts[] = {
-      {failedWrong, "that failed {} wrong", "a fault of the device"},
-      {passedWrong, "that passed {} wrong", "a fault that the suite\u2019s rule hides"},
-      {failedRight, "that failed {} right", "where the suite asks more than OpenCL does"},
+      {Category::failedWrong, "that failed {} wrong", "a fault of the device"},
+      {Category::passedWrong, "that passed {} wrong", "a fault that the suite\u2019s rule hides"},
+      {Category::failedRight, "that failed {} right", "where the suite asks more than OpenCL does"},
   };
   std::string text;
   for (const Part& part : parts) {
-    const std::size_t count = CountOf(outcomes, part.look);
+    const std::size_t count = CountOf(outcomes, part.category);
     if (count == 0) continue;
     text += text.empty() ? "By OpenCL\u2019s rules " : "; ";
     text +=
@@ -177,15 +123,12 @@ std::string TitleOf(const std::vector<NamedRun>& runs) {
 }
 
 void AddRun(pugi::xml_node header, pugi::xml_node main, pugi::xml_node contents, const Run& run) {
-  std::vector<Outcome> outcomes;
-  for (const Record& record : run.records) {
-    outcomes.push_back(OutcomeOf(record, run.info.device));
-  }
-  const Suspects suspects = SuspectsOf(run);
+  const Analysis analysis = AnalysisOf(run, ExpectationsOf(run.info));
+  const std::vector<RowResult>& outcomes = analysis.rows;
+  const Suspects& suspects = analysis.suspects;
   const bool allRight = std::ranges::none_of(outcomes, HasSection);
 
-  AddClassed(header, "p", "verdict",
-             LedgerSentence(run, outcomes) + " " + OpinionSentence(outcomes));
+  AddClassed(header, "p", "verdict", LedgerSentence(analysis) + " " + OpinionSentence(outcomes));
   if (const std::string draws = DrawsOfRun(run); !draws.empty())
     AddClassed(header, "p", "lead", draws);
   AddLegend(header, outcomes);
@@ -203,31 +146,9 @@ void AddRun(pugi::xml_node header, pugi::xml_node main, pugi::xml_node contents,
 
 }  // namespace
 
-const std::vector<Look>& AllLooks() {
-  static const std::vector<Look> looks = {
-      {"passed-right", "\u2713\u2713", "passed and right", "as it should be"},
-      {"failed-right", "\u2717\u2713", "failed but right", "the suite asks more than OpenCL does"},
-      {"passed-wrong", "\u2713\u2717", "passed but wrong",
-       "a fault that the suite\u2019s rule hides"},
-      {"failed-wrong", "\u2717\u2717", "failed and wrong", "a fault of the device"},
-      {"unseen", "\u2713?", "passed, unseen", "no result came back to be judged"},
-      {"unseen", "\u2717?", "failed, unseen", "no result came back to be judged"},
-      {"flake", "flake", "flake", "ended otherwise on the same data"},
-      {"broken", "error", "error", "an OpenCL call failed"},
-      {"broken", "build", "not built", "clBuildProgram failed"},
-      {"broken", "crash", "crashed", "the process ended in mid-row"},
-      {"broken", "time", "timed out", "ended for its time"},
-      {"unrun", "skip", "skipped", "named in a list of skips"},
-      {"unrun", "none", "missing", "never reached"},
-  };
-  return looks;
-}
-
-const Look& LookOf(const Outcome& outcome) { return AllLooks()[IndexOfLook(outcome)]; }
-
-bool HasSection(const Outcome& outcome) {
-  const std::size_t look = IndexOfLook(outcome);
-  return look != passedRight && look != skip && look != missing;
+bool HasSection(const RowResult& outcome) {
+  return outcome.category != Category::passedRight && outcome.category != Category::skip &&
+         outcome.category != Category::missing;
 }
 
 std::string IdOfRow(std::string_view row) { return fmt::format("row-{}", row); }
@@ -245,11 +166,11 @@ std::string ShortUlps(std::uint64_t ulps) {
   return fmt::format("{:.1f}e{}", number / std::pow(10.0, exponent), exponent);
 }
 
-void AddSign(pugi::xml_node parent, const Look& look) {
+void AddSign(pugi::xml_node parent, const CategoryTraits& look) {
   Set(AddClassed(parent, "span", "sign", look.sign), "aria-hidden", "true");
 }
 
-void AddBadge(pugi::xml_node parent, const Look& look) {
+void AddBadge(pugi::xml_node parent, const CategoryTraits& look) {
   const pugi::xml_node badge = AddClassed(parent, "span", fmt::format("chip {}", look.style));
   if (static_cast<unsigned char>(*look.sign) >= 0x80) {
     AddSign(badge, look);
@@ -379,12 +300,12 @@ std::string ReportOf(const std::vector<NamedRun>& runs) {
   return HtmlOf(page);
 }
 
-std::string WriteReportOf(const Run& run, const std::string& folder) {
+std::string WriteReportOf(const Analysis& analysis, const std::string& folder) {
   if (folder.empty()) return "";
   // One copy of all the records, where a list in braces would take two.
   std::vector<NamedRun> runs(1);
   runs.front().name = folder;
-  runs.front().run = run;
+  runs.front().run = *analysis.run;
   WriteReport(folder + "/report.html", ReportOf(runs));
   return "";
 }

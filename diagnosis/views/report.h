@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "diagnosis/localization/analysis.h"
 #include "diagnosis/views/compare.h"
 
 namespace diagnosis {
@@ -16,7 +17,7 @@ inline constexpr std::size_t mostBytesOfPage = std::size_t{8} << 20;
 std::string ReportOf(const std::vector<NamedRun>& runs);
 
 /// Writes the page of a whole run beside its records, if those were written into a folder.
-std::string WriteReportOf(const Run& run, const std::string& folder);
+std::string WriteReportOf(const Analysis& analysis, const std::string& folder);
 
 /// Writes the page in place of what was there. Throws std::runtime_error with one line.
 void WriteReport(const std::string& file, const std::string& page);

@@ -57,7 +57,7 @@ void AddTable(pugi::xml_node parent, std::string_view caption, const std::vector
         AddText(cell, "not selected");
         continue;
       }
-      const Look& look = LookOf(*outcome);
+      const CategoryTraits& look = TraitsOf(outcome->category);
       AddSign(AddClassed(cell, "span", fmt::format("chip {}", look.style)), look);
       AddText(cell, fmt::format(" {}", SummaryOf(*outcome)));
     }
@@ -106,11 +106,11 @@ void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
     Set(Add(line, "th", fact.name), "scope", "row");
     for (const NamedRun& run : runs) Add(line, "td", text::PrintableLine(fact.of(run.run.info)));
   }
-  for (const Look& look : AllLooks()) {
+  for (const CategoryTraits& look : categories) {
     std::vector<std::ptrdiff_t> counts;
     for (std::size_t i = 0; i < runs.size(); ++i) {
       counts.push_back(std::ranges::count_if(rows, [&](const ComparedRow& row) {
-        return row.outcomes[i] && &LookOf(*row.outcomes[i]) == &look;
+        return row.outcomes[i] && row.outcomes[i]->category == look.category;
       }));
     }
     if (std::ranges::all_of(counts, [](auto count) { return count == 0; })) continue;

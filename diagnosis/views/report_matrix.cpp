@@ -32,11 +32,11 @@ std::uint64_t ToleranceOf(std::string_view row) {
 }
 
 using Place = std::pair<Shape, std::size_t>;  // and element type
-using Cells = std::map<Place, const Outcome*>;
+using Cells = std::map<Place, const RowResult*>;
 
-std::map<std::string_view, Cells> ByOperation(const std::vector<Outcome>& outcomes) {
+std::map<std::string_view, Cells> ByOperation(const std::vector<RowResult>& outcomes) {
   std::map<std::string_view, Cells> cells;
-  for (const Outcome& outcome : outcomes) {
+  for (const RowResult& outcome : outcomes) {
     const std::optional<Row> row = RowNamed(outcome.record->row);
     if (!row) continue;
     cells[operations[Index(row->operation)]][{row->shape, Index(row->elementType)}] = &outcome;
@@ -45,8 +45,8 @@ std::map<std::string_view, Cells> ByOperation(const std::vector<Outcome>& outcom
 }
 
 // A table of shapes by element types for each operation, its cells filled by `fill(cell, outcome)`.
-void AddTables(pugi::xml_node section, const std::vector<Outcome>& outcomes, std::string_view what,
-               std::string_view (*note)(std::string_view), auto fill) {
+void AddTables(pugi::xml_node section, const std::vector<RowResult>& outcomes,
+               std::string_view what, std::string_view (*note)(std::string_view), auto fill) {
   const pugi::xml_node tables = AddClassed(section, "div", "tables");
   const auto byOperation = ByOperation(outcomes);
   for (const std::string_view operation : operations) {
@@ -81,13 +81,13 @@ void AddTables(pugi::xml_node section, const std::vector<Outcome>& outcomes, std
 }
 
 // Where what stands in a cell goes: the way to the row's section, if it has one.
-pugi::xml_node Inside(pugi::xml_node cell, const Outcome& outcome) {
+pugi::xml_node Inside(pugi::xml_node cell, const RowResult& outcome) {
   if (!HasSection(outcome)) return Add(cell, "span");
   return AddLink(cell, IdOfRow(outcome.record->row));
 }
 
-void FillKind(pugi::xml_node cell, const Outcome& outcome) {
-  const Look& look = LookOf(outcome);
+void FillKind(pugi::xml_node cell, const RowResult& outcome) {
+  const CategoryTraits& look = TraitsOf(outcome.category);
   Set(cell, "class", look.style);
   const pugi::xml_node inside = Set(Inside(cell, outcome), "title", outcome.record->row);
   AddSign(inside, look);
@@ -111,7 +111,7 @@ constexpr Shade shades[] = {
     {"outside", "\u2717", "2.1e9", "more than either allows"},
 };
 
-void FillDistance(pugi::xml_node cell, const Outcome& outcome) {
+void FillDistance(pugi::xml_node cell, const RowResult& outcome) {
   const pugi::xml_node inside = Set(Inside(cell, outcome), "title", outcome.record->row);
   const Opinion& opinion = outcome.opinion;
   if (opinion.verdict == Opinion::Verdict::unseen) {
@@ -148,12 +148,10 @@ std::string_view Allowed(std::string_view operation) {
 
 }  // namespace
 
-void AddLegend(pugi::xml_node section, const std::vector<Outcome>& outcomes) {
+void AddLegend(pugi::xml_node section, const std::vector<RowResult>& outcomes) {
   const pugi::xml_node list = AddClassed(section, "ul", "legend");
-  for (const Look& look : AllLooks()) {
-    const auto count = std::ranges::count(
-        outcomes, std::string_view(look.name),
-        [](const Outcome& outcome) { return std::string_view(LookOf(outcome).name); });
+  for (const CategoryTraits& look : categories) {
+    const auto count = std::ranges::count(outcomes, look.category, &RowResult::category);
     if (count == 0) continue;
     const pugi::xml_node item = Add(list, "li");
     AddSign(AddClassed(item, "span", fmt::format("chip {}", look.style)), look);
@@ -163,7 +161,7 @@ void AddLegend(pugi::xml_node section, const std::vector<Outcome>& outcomes) {
   }
 }
 
-void AddMatrix(pugi::xml_node section, const std::vector<Outcome>& outcomes) {
+void AddMatrix(pugi::xml_node section, const std::vector<RowResult>& outcomes) {
   AddClassed(
       section, "p", "lead",
       "Of a cell\u2019s two signs the first is the suite\u2019s verdict, the second "
@@ -171,7 +169,7 @@ void AddMatrix(pugi::xml_node section, const std::vector<Outcome>& outcomes) {
   AddTables(section, outcomes, "verdicts", NoNote, FillKind);
 }
 
-void AddDistances(pugi::xml_node section, const std::vector<Outcome>& outcomes) {
+void AddDistances(pugi::xml_node section, const std::vector<RowResult>& outcomes) {
   AddClassed(section, "p", "lead",
              "The greatest distance of any lane from an answer that is right, in units in the last "
              "place.");

@@ -22,22 +22,8 @@ extern const char* const styleSheet;
 /// A longer command is cut.
 inline constexpr std::size_t mostBytesOfCommand = 1000;
 
-/// One way in which a row may end, as it looks everywhere on the page.
-struct Look {
-  const char* style;  // class
-  const char* sign;   // so that the colour need not be seen: the suite's verdict, then OpenCL's, or
-                      // a word
-  const char* name;
-  const char* meaning;
-};
-
-const Look& LookOf(const Outcome& outcome);
-
-/// Every look, the best first.
-const std::vector<Look>& AllLooks();
-
 /// Whether the row has a section of its own, and where it is.
-bool HasSection(const Outcome& outcome);
+bool HasSection(const RowResult& outcome);
 std::string IdOfRow(std::string_view row);
 std::string IdOfSuspect(std::string_view suspect);
 
@@ -48,10 +34,10 @@ std::string Counted(std::size_t count, std::string_view one);
 std::string ShortUlps(std::uint64_t ulps);
 
 /// A sign for the eye and a name for the ear.
-void AddSign(pugi::xml_node parent, const Look& look);
+void AddSign(pugi::xml_node parent, const CategoryTraits& look);
 
 /// The sign beside its name, or the name alone where the sign is a word.
-void AddBadge(pugi::xml_node parent, const Look& look);
+void AddBadge(pugi::xml_node parent, const CategoryTraits& look);
 
 /// A way to another place of the page.
 pugi::xml_node AddLink(pugi::xml_node parent, std::string_view id, std::string_view text = {});
@@ -69,9 +55,9 @@ pugi::xml_node AddFolded(pugi::xml_node parent, std::string_view summary);
 /// Text as it was written, its first part if it is longer than the page has room for.
 void AddVerbatim(pugi::xml_node parent, std::string_view label, std::string_view text);
 
-void AddLegend(pugi::xml_node section, const std::vector<Outcome>& outcomes);
-void AddMatrix(pugi::xml_node section, const std::vector<Outcome>& outcomes);
-void AddDistances(pugi::xml_node section, const std::vector<Outcome>& outcomes);
+void AddLegend(pugi::xml_node section, const std::vector<RowResult>& outcomes);
+void AddMatrix(pugi::xml_node section, const std::vector<RowResult>& outcomes);
+void AddDistances(pugi::xml_node section, const std::vector<RowResult>& outcomes);
 void AddSuspects(pugi::xml_node section, const Suspects& suspects);
 void AddTimes(pugi::xml_node section, const Run& run);
 
@@ -80,7 +66,7 @@ void AddExplanation(pugi::xml_node article, const Record& record, const Device& 
                     const Suspects& suspects);
 
 /// The sections of the rows that are not passed and right, in no more than `mostBytes`.
-void AddRows(pugi::xml_node section, const Run& run, const std::vector<Outcome>& outcomes,
+void AddRows(pugi::xml_node section, const Run& run, const std::vector<RowResult>& outcomes,
              const Suspects& suspects, std::size_t mostBytes);
 
 /// What there is to say of a run in general.

@@ -29,27 +29,24 @@ std::string WithoutBlanksAtEnds(std::string_view text) {
 }
 
 void AddSuspectsOf(pugi::xml_node article, const Record& record, const Suspects& suspects) {
-  const auto found = suspects.byRow.find(record.row);
-  if (found == suspects.byRow.end() || found->second.empty()) return;
-  const std::vector<std::string>& names = found->second;
-  if (names.front() == unexplained) {
+  const std::vector<NamedSuspect>& named = suspects.Of(record.row);
+  if (named.empty()) return;
+  if (named.front().name == unexplained) {
     Add(article, "p", "No suspect explains it.");
     return;
   }
-  if (names.size() > 1)
+  if (named.size() > 1)
     Add(article, "p",
         "Explained by each of these, which the row\u2019s data can\u2019t tell apart:");
-  const auto meanings = suspects.meaningsByRow.find(record.row);
   const pugi::xml_node list =
-      names.size() > 1 ? AddClassed(article, "ul", "suspected") : pugi::xml_node();
-  for (std::size_t i = 0; i < names.size(); ++i) {
+      named.size() > 1 ? AddClassed(article, "ul", "suspected") : pugi::xml_node();
+  for (const NamedSuspect& suspect : named) {
     const pugi::xml_node line =
-        names.size() > 1 ? Add(list, "li") : Add(article, "p", "Explained by ");
+        named.size() > 1 ? Add(list, "li") : Add(article, "p", "Explained by ");
     const bool listed =
-        std::ranges::find(suspects.fewest, names[i], &Suspect::name) != suspects.fewest.end();
-    Add(listed ? AddLink(line, IdOfSuspect(names[i])) : line, "code", names[i]);
-    if (meanings != suspects.meaningsByRow.end() && i < meanings->second.size())
-      AddText(line, fmt::format(": {}", meanings->second[i]));
+        std::ranges::find(suspects.fewest, suspect.name, &Suspect::name) != suspects.fewest.end();
+    Add(listed ? AddLink(line, IdOfSuspect(suspect.name)) : line, "code", suspect.name);
+    AddText(line, fmt::format(": {}", suspect.meaning));
   }
 }
 
@@ -106,9 +103,9 @@ void AddFoldedParts(pugi::xml_node article, const Record& record, const Device& 
   }
 }
 
-void AddHeadline(pugi::xml_node article, const Outcome& outcome) {
+void AddHeadline(pugi::xml_node article, const RowResult& outcome) {
   const Record& record = *outcome.record;
-  const Look& look = LookOf(outcome);
+  const CategoryTraits& look = TraitsOf(outcome.category);
   const std::string heading = fmt::format("{}-heading", record.row);
   Set(article, "id", IdOfRow(record.row));
   Set(article, "aria-labelledby", heading);
@@ -119,13 +116,13 @@ void AddHeadline(pugi::xml_node article, const Outcome& outcome) {
   Add(article, "p", SummaryOf(outcome) + ".");
 }
 
-pugi::xml_node AddRow(pugi::xml_node section, const Outcome& outcome, const RunInfo& info,
+pugi::xml_node AddRow(pugi::xml_node section, const RowResult& outcome, const RunInfo& info,
                       const Suspects& suspects) {
   const Device& device = info.device;
   const Record& record = *outcome.record;
-  const pugi::xml_node article = AddClassed(section, "article", LookOf(outcome).style);
+  const pugi::xml_node article = AddClassed(section, "article", TraitsOf(outcome.category).style);
   AddHeadline(article, outcome);
-  if (outcome.status == Status::fail) {
+  if (outcome.category != Category::flake && outcome.status == Status::fail) {
     if (const std::string detail = DetailOf(record); !detail.empty())
       Add(Add(article, "p", "The suite says "), "code", detail);
   }
@@ -171,13 +168,13 @@ void AddSuspects(pugi::xml_node section, const Suspects& suspects) {
   }
 }
 
-void AddRows(pugi::xml_node section, const Run& run, const std::vector<Outcome>& outcomes,
+void AddRows(pugi::xml_node section, const Run& run, const std::vector<RowResult>& outcomes,
              const Suspects& suspects, std::size_t mostBytes) {
   // A row's headline has room in any case: its size is bounded, and so is the number of rows.
   constexpr std::size_t mostBytesOfHeadline = 2 << 10;
   const auto count = static_cast<std::size_t>(std::ranges::count_if(outcomes, HasSection));
   std::size_t left = mostBytes - std::min(mostBytes, count * mostBytesOfHeadline);
-  for (const Outcome& outcome : outcomes) {
+  for (const RowResult& outcome : outcomes) {
     if (!HasSection(outcome)) continue;
     pugi::xml_node article = AddRow(section, outcome, run.info, suspects);
     std::size_t size = SizeOf(article);
@@ -190,7 +187,7 @@ void AddRows(pugi::xml_node section, const Run& run, const std::vector<Outcome>&
     }
     if (size > left) {
       section.remove_child(article);
-      article = AddClassed(section, "article", LookOf(outcome).style);
+      article = AddClassed(section, "article", TraitsOf(outcome.category).style);
       AddHeadline(article, outcome);
       AddClassed(article, "p", "note", "The page is full; triage explain prints the rest.");
       size = 0;

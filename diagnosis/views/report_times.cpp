@@ -44,7 +44,9 @@ void AddTimes(pugi::xml_node section, const Run& run) {
   double total = 0;
   double build = 0;
   for (const Record& record : run.records) {
-    if (record.ending.kind == Ending::Kind::notRun || !(record.seconds >= 0)) continue;
+    if (record.ending.kind == Ending::Kind::notRun || record.ending.kind == Ending::Kind::skipped ||
+        !(record.seconds >= 0))
+      continue;
     slowest.push_back(&record);
     total += record.seconds;
     build += record.buildSeconds;

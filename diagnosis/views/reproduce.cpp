@@ -200,9 +200,7 @@ Repetition MadeUp(const Row& row) {
 }
 
 int RejectedRepetition(const Record& record) {
-  const auto rejected = std::ranges::find_if(record.repetitions, [](const Repetition& repetition) {
-    return repetition.out.find(" ocl:") != std::string::npos;
-  });
+  const auto rejected = std::ranges::find_if(record.repetitions, FoundMismatch);
   return rejected == record.repetitions.end()
              ? 0
              : static_cast<int>(rejected - record.repetitions.begin()) + 1;
@@ -366,13 +364,8 @@ std::string Seen(const Record& record, const Opinion& opinion, const Chosen& cho
 
 std::string SuspectLines(const Record& record, const Suspects& suspects) {
   std::string lines;
-  const auto names = suspects.byRow.find(record.row);
-  const auto meanings = suspects.meaningsByRow.find(record.row);
-  for (std::size_t i = 0; names != suspects.byRow.end() && i < names->second.size(); ++i) {
-    const bool hasMeaning = meanings != suspects.meaningsByRow.end() && i < meanings->second.size();
-    lines += CommentLines(lines.empty() ? "Suspects:" : "",
-                          names->second[i] + (hasMeaning ? ": " + meanings->second[i] : ""));
-  }
+  for (const NamedSuspect& suspect : suspects.Of(record.row))
+    lines += CommentLines(lines.empty() ? "Suspects:" : "", suspect.name + ": " + suspect.meaning);
   return lines.empty() ? CommentLines("Suspects:", "none") : lines;
 }
 

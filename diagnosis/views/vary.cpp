@@ -5,8 +5,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "diagnosis/judgement/opinion.h"
-#include "diagnosis/verdict/ledger.h"
+#include "diagnosis/verdict/row_result.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -37,14 +36,7 @@ constexpr Variation variations[] = {
 // A job among those of its row.
 constexpr std::size_t count = std::size(variations);
 
-struct Seen {
-  Status status;
-  Opinion opinion;
-};
-
-bool IsGood(const Seen& seen) {
-  return seen.status == Status::pass && seen.opinion.verdict == Opinion::Verdict::right;
-}
+bool IsGood(const RowResult& seen) { return seen.category == Category::passedRight; }
 
 std::string_view NameOf(Opinion::Verdict verdict) {
   constexpr std::string_view names[] = {"right", "wrong", "unseen"};
@@ -52,7 +44,7 @@ std::string_view NameOf(Opinion::Verdict verdict) {
 }
 
 // What a driver's maker asks first: does it go away?
-std::string VerdictOn(const std::vector<Seen>& seen) {
+std::string VerdictOn(const std::vector<RowResult>& seen) {
   std::string names;
   for (std::size_t i = 1; i < count; ++i) {
     if (IsGood(seen[i]) == IsGood(seen[0])) continue;
@@ -81,14 +73,14 @@ std::string TableOfVariations(const std::vector<Job>& jobs, const Run& run) {
   std::string table =
       fmt::format("  {:<24}{:<12}{:<9}{}\n", "", "status", "opinion", "wrong lanes");
   const auto out = std::back_inserter(table);
-  std::vector<Seen> seen;
+  std::vector<RowResult> seen;
   for (std::size_t i = 0; i < jobs.size(); ++i) {
     const Record& record = run.records[i];
     if (i % count == 0) {
       seen.clear();
       fmt::format_to(out, "{}\n", rows[jobs[i].row].name);
     }
-    const Seen& now = seen.emplace_back(Seen{StatusOf(record), OpinionOf(record, run.info.device)});
+    const RowResult& now = seen.emplace_back(ResultOf(record, run.info.device, {}));
     const bool isSeen = now.opinion.verdict != Opinion::Verdict::unseen;
     const std::string lanes =
         isSeen ? fmt::format("{} of {}", now.opinion.wrong.size(), now.opinion.lanes) : "";

@@ -73,18 +73,20 @@ TEST(Account, HoldsARowAgainstItsBaseline) {
     std::string what = "expected " + std::string(c.expected ? NameOf(*c.expected) : "nothing");
     for (const Status end : c.ends) what += std::string(", ended ") + std::string(NameOf(end));
 
-    const AccountedRow row = AccountOf(record, baseline);
-    EXPECT_EQ(NameOf(row.status), NameOf(c.status)) << what;
+    Expectations expectations{baseline};
+    const RowResult row = ResultOf(record, {}, expectations);
+    EXPECT_EQ(NameOf(row.verdict), NameOf(c.status)) << what;
     EXPECT_EQ(row.asExpected, c.asExpected) << what;
     EXPECT_EQ(row.detail, c.detail) << what;
 
     const bool isNewFlake = c.status == Status::flake && c.expected != Status::flake;
-    EXPECT_EQ(AccountOf(record, baseline, true).asExpected, c.asExpected && !isNewFlake) << what;
+    expectations.flakesFail = true;
+    EXPECT_EQ(ResultOf(record, {}, expectations).asExpected, c.asExpected && !isNewFlake) << what;
 
     // What a run says of its rows is what the next run expects, if they end alike.
     if (c.ends.size() > 1 && c.status == Status::flake) continue;
-    baseline["add_union_scalar_1"] = ToExpect(row);
-    EXPECT_TRUE(AccountOf(record, baseline).asExpected) << what;
+    baseline["add_union_scalar_1"] = ToExpect(row.verdict);
+    EXPECT_TRUE(ResultOf(record, {}, {baseline}).asExpected) << what;
   }
 }
 

@@ -24,7 +24,7 @@ constexpr auto wrong = Opinion::Verdict::wrong;
 
 struct Held {
   Record record;
-  Outcome outcome;
+  RowResult outcome;
 };
 
 Held Holding(const Came& came) {
@@ -35,14 +35,7 @@ Held Holding(const Came& came) {
   held.outcome.opinion.greatestUlps = came.ulps;
   for (int lane = 0; lane < came.wrongLanes; ++lane)
     held.outcome.opinion.wrong.push_back({1, 0, lane, came.answer, 2, came.ulps});
-  const bool passed = came.status == Status::pass;
-  const bool judged = passed || came.status == Status::fail;
-  if (judged && came.verdict == right)
-    held.outcome.kind = passed ? Kind::passedRight : Kind::failedRight;
-  else if (judged && came.verdict == wrong)
-    held.outcome.kind = passed ? Kind::passedWrong : Kind::failedWrong;
-  else
-    held.outcome.kind = Kind::neither;
+  held.outcome.category = CategoryOf(came.status, came.verdict);
   return held;
 }
 

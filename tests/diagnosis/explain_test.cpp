@@ -14,6 +14,7 @@
 #include <sstream>
 #include <string>
 
+#include "diagnosis/localization/analysis.h"
 #include "tests/diagnosis/made_up_device.h"
 
 namespace diagnosis {
@@ -90,7 +91,8 @@ TEST_P(Explanations, ReadAsTheGoldenFilesDo) {
   run.info.device = device.reported;
   run.records.push_back(device.Run(explained.repetitions));
   explained.spoilRecord(run.records.back());
-  const std::string text = TextOf(Explain(run.records.back(), run.info.device, SuspectsOf(run)), 5);
+  const std::string text =
+      TextOf(Explain(run.records.back(), run.info.device, AnalysisOf(run, {}).suspects), 5);
 
   const std::string path = std::string(GOLDEN_FILES) + "/explain_" + explained.file + ".txt";
   if (std::getenv("UPDATE_GOLDEN") != nullptr) std::ofstream(path) << text;

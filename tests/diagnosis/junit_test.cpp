@@ -52,9 +52,9 @@ TEST(JUnit, KeepsTheCauseOfWhatDidNotPass) {
     const bool isPass = c.status == Status::unexpectedPass || c.status == Status::flake;
     Record record = MadeUp(c.row, isFail ? Status::fail : (isPass ? Status::pass : c.status));
     // Put twice, as a row that is run again is.
-    junit.Put(record, AccountOf(record, baseline));
+    junit.Put(record, AccountOf(ResultOf(record, {}, {baseline})));
     if (c.status == Status::flake) record.again = {MadeUp(c.row, Status::fail)};
-    junit.Put(record, AccountOf(record, baseline));
+    junit.Put(record, AccountOf(ResultOf(record, {}, {baseline})));
   }
   RunInfo info;
   info.start = "2001-02-03T04:05:06Z";
@@ -102,7 +102,7 @@ TEST(JUnit, IsXmlWhateverTheDriverWrote) {
   RunInfo info;
   info.host = hostile;
   JUnit junit;
-  junit.Put(record, AccountOf(record, {}));
+  junit.Put(record, AccountOf(ResultOf(record, {}, {})));
   const std::string text = junit.Text(info);
   EXPECT_TRUE(text::IsUtf8(text));
   EXPECT_TRUE(std::ranges::none_of(

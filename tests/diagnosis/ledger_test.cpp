@@ -159,7 +159,7 @@ TEST(Ledger, TakesTheGravestOfWhatARowShows) {
        "after 2.5 s after repetition 2"},
       {"never reached", Kind::notRun, 0, "interrupted", {}, "", "", Status::missing, "interrupted"},
       {"skipped",
-       Kind::notRun,
+       Kind::skipped,
        0,
        "skipped: in known.txt",
        {},

@@ -32,7 +32,7 @@ Record MadeUp(const std::string& row, Status status) {
       record.ending = {Kind::timedOut, 0, ""};
       break;
     case Status::skip:
-      record.ending = {Kind::notRun, 0, "skipped by list:1"};
+      record.ending = {Kind::skipped, 0, "skipped by list:1"};
       break;
     case Status::missing:
       record.ending = {Kind::notRun, 0, "interrupted"};

@@ -7,15 +7,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "common/workers/worker.h"
 #include "diagnosis/execution/run_now.h"
-#include "diagnosis/judgement/opinion.h"
-#include "diagnosis/localization/suspects.h"
+#include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
 
 namespace {
@@ -38,18 +36,22 @@ std::string NameOf(const Suspect& suspect) {
 void NameFaults(const std::vector<std::string>& patterns, const std::string& folder, bool byRow) {
   const Run run =
       folder.empty() ? RunOf(Select(patterns), "", {}) : RunOf({}, folder, PoolOptions());
-  std::map<Kind, int> kinds;
-  for (const Record& record : run.records)
-    ++kinds[KindOf(record, OpinionOf(record, run.info.device))];
-  if (kinds[Kind::neither] > 0)
-    throw std::runtime_error(fmt::format("{} rows came to no verdict", kinds[Kind::neither]));
-  const Suspects suspects = SuspectsOf(run);
+  const Analysis analysis = AnalysisOf(run, {});
+  const Totals& totals = analysis.totals;
+  const auto unjudged = std::ranges::count_if(
+      analysis.rows, [](const RowResult& row) { return !IsJudged(row.category); });
+  if (unjudged > 0) throw std::runtime_error(fmt::format("{} rows came to no verdict", unjudged));
   std::vector<std::string> names;
-  for (const Suspect& suspect : suspects.fewest) names.push_back(NameOf(suspect));
-  fmt::print("{:>3} {:>3} {:>3}  {}\n", kinds[Kind::failedWrong], kinds[Kind::passedWrong],
-             kinds[Kind::failedRight], fmt::join(names, ", "));
+  for (const Suspect& suspect : analysis.suspects.fewest) names.push_back(NameOf(suspect));
+  fmt::print("{:>3} {:>3} {:>3}  {}\n", totals.Of(Category::failedWrong),
+             totals.Of(Category::passedWrong), totals.Of(Category::failedRight),
+             fmt::join(names, ", "));
   if (!byRow) return;
-  for (const auto& [row, named] : suspects.byRow) fmt::print("    {}: {}\n", row, Joined(named));
+  for (const auto& [row, named] : analysis.suspects.byRow) {
+    names.clear();
+    for (const NamedSuspect& suspect : named) names.push_back(suspect.name);
+    fmt::print("    {}: {}\n", row, Joined(names));
+  }
 }
 
 }  // namespace

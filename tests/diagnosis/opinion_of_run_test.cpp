@@ -71,19 +71,10 @@ TEST_P(OpinionsOnRuns, CountKinds) {
   add(rows.failedWrong, "copy_union_vector4_1", false, 0);
   add(rows.passedWrong, "add_union_vector4_1", false, 1);
   add(rows.failedRight, "multiply_union_vector16_3", true, 0);  // a row with denormals
-  EXPECT_EQ(OpinionOnRun(run), rows.text);
+  EXPECT_EQ(OpinionOnRun(AnalysisOf(run, {})), rows.text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Runs, OpinionsOnRuns, testing::ValuesIn(runs));
-
-TEST(OpinionsOnRun, DecideWhatIsGood) {
-  for (const bool asExpected : {false, true}) {
-    EXPECT_TRUE(IsGoodByOpinion(Kind::failedRight, asExpected));
-    EXPECT_FALSE(IsGoodByOpinion(Kind::passedWrong, asExpected));
-    for (const Kind kind : {Kind::passedRight, Kind::failedWrong, Kind::neither})
-      EXPECT_EQ(IsGoodByOpinion(kind, asExpected), asExpected);
-  }
-}
 
 }  // namespace
 

@@ -266,26 +266,6 @@ TEST(Opinion, HasNoneOfWhatDidNotComeBack) {
   EXPECT_EQ(opinion.lanes, 10);
 }
 
-TEST(Opinion, MakesFourKindsWithTheSuitesVerdict) {
-  const Repetition right = RightRepetition(RowNamed(addInt).value());
-  Repetition wrong = right;
-  Put(wrong.result, 0, nan);
-  const auto kind = [](Repetition repetition, Ending ending) {
-    Record record = RecordOf(addInt, {std::move(repetition)});
-    record.ending = std::move(ending);
-    return KindOf(record, OpinionOf(record, DeviceWith(keeps)));
-  };
-  const Ending passed{Ending::Kind::returned, 1, ""};
-  const Ending failed{Ending::Kind::returned, 0, ""};
-  const Ending crashed{Ending::Kind::signalled, 11, ""};
-  EXPECT_EQ(kind(right, passed), Kind::passedRight);
-  EXPECT_EQ(kind(wrong, failed), Kind::failedWrong);
-  EXPECT_EQ(kind(wrong, passed), Kind::passedWrong);
-  EXPECT_EQ(kind(right, failed), Kind::failedRight);
-  EXPECT_EQ(kind(wrong, crashed), Kind::neither);
-  EXPECT_EQ(kind({}, passed), Kind::neither);
-}
-
 // The power of every base that the low bits of an element can make, against long double, whose own
 // error is far below what could move a bound.
 TEST(Opinion, BoundsPowersAsTheExactResultDoes) {

@@ -66,7 +66,7 @@ std::string Said(std::unique_ptr<Reporter> (*make)(const Console&), bool isTermi
       record.seconds = seconds += 0.125;
       record.buildSeconds = 0.5;
     }
-    account.push_back(AccountOf(record, baseline));
+    account.push_back(AccountOf(ResultOf(record, {}, {baseline})));
     const bool again = record.row == "copy_union_arrays_1" || record.row == "copy_union_arrays_3";
     reporter->Ended(account.back(), again);
   }
@@ -75,7 +75,7 @@ std::string Said(std::unique_ptr<Reporter> (*make)(const Console&), bool isTermi
     now += 3;
     Record record = MadeUp(rows[i].first, rows[i].second);
     record.again = {MadeUp(rows[i].first, i == 5 ? Status::pass : Status::crash)};
-    account[i] = AccountOf(record, baseline);
+    account[i] = AccountOf(ResultOf(record, {}, {baseline}));
     reporter->Ended(account[i], false);
   }
   reporter->End(account, "And this is to be said of it.\n");

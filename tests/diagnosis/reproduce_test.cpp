@@ -121,8 +121,7 @@ TEST_F(Reproduce, TakesAnyTextThatADriverGives) {
   record.out = "  c:1 ocl:" + hostile;
   record.ending.reason = hostile;
   Suspects suspects;
-  suspects.byRow[record.row] = {hostile, "unexplained"};
-  suspects.meaningsByRow[record.row] = {hostile + hostile + hostile};
+  suspects.byRow[record.row] = {{hostile, hostile + hostile + hostile}, {"unexplained", ""}};
   CompileWith(compilers_,
               ReproducerOf(record, {hostile, hostile, hostile, hostile, hostile, 0}, suspects));
   EXPECT_NE(Run().output.find("options: " + record.buildOptions + "\n"), std::string::npos);

@@ -1,7 +1,5 @@
 // Suspects on the records of made-up devices: each fault is named, and none by another's name.
 
-#include "diagnosis/localization/suspects.h"
-
 #include <CL/cl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -17,13 +15,19 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/judgement/opinion.h"
+#include "diagnosis/localization/analysis.h"
 #include "tests/diagnosis/made_up_device.h"
 
 namespace diagnosis {
 namespace {
 
 using Names = std::vector<std::string>;
+
+Names NamesIn(const Suspects& suspects, const std::string& row) {
+  Names names;
+  for (const NamedSuspect& suspect : suspects.Of(row)) names.push_back(suspect.name);
+  return names;
+}
 using Device_ = MadeUpDevice&;
 
 /// A fault, the rows that it is tried on, and the names that each of them is to get.
@@ -393,11 +397,11 @@ TEST_P(Suspects_, AreNamed) {
     run.info.device = device.reported;
     run.records.push_back(device.Run(GetParam().repetitions));
   }
-  const Suspects suspects = SuspectsOf(run);
+  const Suspects suspects = AnalysisOf(run, {}).suspects;
   for (const char* row : GetParam().rows) {
     SCOPED_TRACE(row);
     ASSERT_TRUE(suspects.byRow.contains(row));
-    EXPECT_EQ(suspects.byRow.at(row), GetParam().names);
+    EXPECT_EQ(NamesIn(suspects, row), GetParam().names);
   }
   ASSERT_EQ(suspects.fewest.size(), 1U);
   EXPECT_EQ(suspects.fewest.front().name, GetParam().names.front());
@@ -420,9 +424,9 @@ TEST(Suspects, AreNamedInPairs) {
     run.info.device = device.reported;
     run.records.push_back(device.Run());
   }
-  const Suspects suspects = SuspectsOf(run);
-  EXPECT_EQ(suspects.byRow.at("copy_union_scalar_3"), Names{"negated"});
-  EXPECT_EQ(suspects.byRow.at("copy_union_vector4_6"), Names{"negated+element-as-signed"});
+  const Suspects suspects = AnalysisOf(run, {}).suspects;
+  EXPECT_EQ(NamesIn(suspects, "copy_union_scalar_3"), Names{"negated"});
+  EXPECT_EQ(NamesIn(suspects, "copy_union_vector4_6"), Names{"negated+element-as-signed"});
 }
 
 // One that fits a row here and there is not named where the rows beside them speak against it.
@@ -445,8 +449,9 @@ TEST(Suspects, MustHoldInTheRowsBesideTheirs) {
       });
     }
   }
-  const Suspects suspects = SuspectsOf(run);
-  for (const auto& [row, names] : suspects.byRow) EXPECT_EQ(names, Names{unexplained}) << row;
+  const Suspects suspects = AnalysisOf(run, {}).suspects;
+  for (const auto& [row, named] : suspects.byRow)
+    EXPECT_EQ(NamesIn(suspects, row), Names{unexplained}) << row;
 }
 
 // A member lies elsewhere at another byte in each layout, and that is one fault.
@@ -461,12 +466,13 @@ TEST(Suspects, AreOneKindInWhateverLayouts) {
     if (device.row.lanes < 8) continue;
     diagnosis::Run alone = run;
     alone.records.erase(alone.records.begin(), alone.records.end() - 1);
-    EXPECT_EQ(SuspectsOf(alone).byRow.at(row), (Names{"element-shifted-1", "b-at-32"}));
+    EXPECT_EQ(NamesIn(AnalysisOf(alone, {}).suspects, row),
+              (Names{"element-shifted-1", "b-at-32"}));
   }
-  const Suspects suspects = SuspectsOf(run);
-  EXPECT_EQ(suspects.byRow.at("add_union_vector2_1"), Names{"b-at-8"});
-  EXPECT_EQ(suspects.byRow.at("add_union_vector4_1"), Names{"b-at-16"});
-  EXPECT_EQ(suspects.byRow.at("add_union_vector8_1"), Names{"b-at-32"});
+  const Suspects suspects = AnalysisOf(run, {}).suspects;
+  EXPECT_EQ(NamesIn(suspects, "add_union_vector2_1"), Names{"b-at-8"});
+  EXPECT_EQ(NamesIn(suspects, "add_union_vector4_1"), Names{"b-at-16"});
+  EXPECT_EQ(NamesIn(suspects, "add_union_vector8_1"), Names{"b-at-32"});
   EXPECT_EQ(suspects.fewest.size(), 3U);
 }
 
@@ -489,7 +495,7 @@ TEST(Suspects, AreTheFewestThatExplainAll) {
   add("copy_union_vector4_1", reverse);
   add("copy_union_scalar_1", spoil);
   add("copy_union_scalar_2", [](MadeUpDevice&) {});
-  const Suspects suspects = SuspectsOf(run);
+  const Suspects suspects = AnalysisOf(run, {}).suspects;
   EXPECT_FALSE(suspects.byRow.contains("copy_union_scalar_2"));
   ASSERT_EQ(suspects.fewest.size(), 2U);
   EXPECT_EQ(suspects.fewest[0].name, "lanes-reversed");
