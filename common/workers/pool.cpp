@@ -19,8 +19,8 @@
 #include <variant>
 
 #include "diagnosis/capture/journal.h"
-#include "diagnosis/capture/rehearsal.h"
 #include "diagnosis/execution/messages.h"
+#include "diagnosis/record/row_facts.h"
 
 namespace diagnosis {
 namespace {
@@ -387,11 +387,11 @@ class Pool final : public WorkersPool {
     const Job& job = *next.job;
     if (next.lost.empty()) Tell(listener_.started, job);
     if (worker.Finishing()) return Over(next, NotRun(stopped_));
-    const Rehearsed& row = Rehearsal().at(job.row);
-    worker.Do(std::move(next), {.row = std::string(row.name),
+    const RowFacts& facts = FactsOfRows().at(job.row);
+    worker.Do(std::move(next), {.row = facts.row.name,
                                 .conditions = {.seed = options_.seed,
-                                               .drawsBefore = row.drawsBefore,
-                                               .stride = row.stride,
+                                               .drawsBefore = facts.drawsBefore,
+                                               .stride = facts.row.stride,
                                                .buildOptions = job.buildOptions,
                                                .localSize = job.localSize},
                                 .passes = job.passes,
@@ -414,7 +414,7 @@ class Pool final : public WorkersPool {
   void Over(const Pending& pending, const diagnosis::Ended& ended) {
     const Job& job = *pending.job;
     Record record;
-    record.row = Rehearsal().at(job.row).name;
+    record.row = FactsOfRows().at(job.row).row.name;
     record.seed = options_.seed;
     record.buildOptions = job.buildOptions;
     record.localSize = job.localSize;

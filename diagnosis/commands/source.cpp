@@ -2,8 +2,8 @@
 #include <memory>
 #include <string>
 
-#include "diagnosis/capture/rehearsal.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/record/row_facts.h"
 #include "diagnosis/record/select.h"
 
 namespace diagnosis {
@@ -12,7 +12,7 @@ namespace {
 void AddTo(CLI::App& app, Call&) {
   const auto row = std::make_shared<std::string>();
   app.add_option("ROW", *row, "Name of a row")->required();
-  app.callback([row] { Print(Rehearsal()[RowCalled(*row)].source); });
+  app.callback([row] { Print(KernelTextOf(FactsOfRows()[RowCalled(*row)].row)); });
 }
 
 }  // namespace

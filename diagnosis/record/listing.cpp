@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "diagnosis/capture/rehearsal.h"
+#include "diagnosis/record/row_facts.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -44,13 +44,13 @@ std::string TableOf(const std::vector<std::size_t>& selected) {
                   "operation", "shape", "element", "kernel", "bytes", "draws before",
                   "draws/repetition", "repetitions", "tolerance", "scheduled");
   for (const std::size_t row : selected) {
-    const Rehearsed& own = Rehearsal()[row];
-    const Parts parts = PartsOf(own.name);
+    const RowFacts& own = FactsOfRows()[row];
+    const Parts parts = PartsOf(own.row.name);
     fmt::format_to(std::back_inserter(table),
-                   "{:<27} {:<9} {:<8} {:<7} {:<8} {:>5} {:>12} {:>16} {:>11} {:>9} {}\n", own.name,
-                   parts.operation, parts.shape, parts.elementType, own.kernel, own.stride,
-                   own.drawsBefore, own.drawsPerRepetition, own.repetitions, own.tolerance,
-                   own.scheduled ? "yes" : "no");
+                   "{:<27} {:<9} {:<8} {:<7} {:<8} {:>5} {:>12} {:>16} {:>11} {:>9} {}\n",
+                   own.row.name, parts.operation, parts.shape, parts.elementType, own.kernel,
+                   own.row.stride, own.drawsBefore, own.drawsPerRepetition, own.repetitions,
+                   own.tolerance, own.scheduled ? "yes" : "no");
   }
   return table;
 }

@@ -12,7 +12,7 @@
 namespace diagnosis {
 
 /// A row as its name tells it: what is in its bytes and what the kernel makes of them. Everything
-/// that a view must know to read a record's bytes; the row's own constants are in Rehearsal.
+/// that a view must know to read a record's bytes; the row's own constants are in RowFacts.
 struct Row {
   std::string name;
   Operation operation;

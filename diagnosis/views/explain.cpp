@@ -13,14 +13,13 @@
 #include <utility>
 
 #include "common/text/text.h"
-#include "diagnosis/capture/rehearsal.h"
 #include "diagnosis/judgement/arithmetic.h"
 #include "diagnosis/record/row.h"
+#include "diagnosis/record/row_facts.h"
 #include "diagnosis/verdict/category.h"
 #include "diagnosis/verdict/ledger.h"
 #include "harness/host_floating_point.h"
 #include "harness/ulp.h"
-#include "power/power_case.h"
 
 namespace diagnosis {
 
@@ -118,7 +117,7 @@ float ReferenceOf(const LanePlace& place) {
       return Product(a, OperandB(place), rounding);
     case Operation::power: {
       const HostRounding host(rounding);
-      return PowerReference(a, place.Exponent());
+      return SuitesPower(a, place.Exponent());
     }
     default:
       return a;
@@ -168,11 +167,6 @@ bool ComparesAnyLane(const Row& row) {
          row.shape != Shape::arrays && row.shape != Shape::scalar;
 }
 
-std::uint32_t ToleranceOf(const Row& row) {
-  const std::vector<Rehearsed>& rehearsal = Rehearsal();
-  return std::ranges::find(rehearsal, row.name, &Rehearsed::name)->tolerance;
-}
-
 /// What the suite's rule makes of a lane, if it looks at it.
 struct Ruling {
   bool rejects;
@@ -198,7 +192,7 @@ Ruling RuleOn(const LanePlace& place) {
     return {true, "the answer is not equal to the reference"};
   }
   if (!std::isfinite(c)) return {false, "where the reference is not finite, any answer passes"};
-  const std::uint32_t tolerance = ToleranceOf(row);
+  const std::uint32_t tolerance = FactsOf(row.name)->tolerance;
   if (row.operation == Operation::power && !std::isfinite(d))
     return {false, "an answer that is not finite passes"};
   if (std::isnan(d)) return {false, "a NaN lies within any bounds"};
@@ -312,9 +306,7 @@ Stores StoresInto(const LanePlace& place, const Bytes& input, std::string_view e
                                : fmt::format("{} in {} to {}", name, first, first + width - 1));
     for (std::size_t n = 0; n < width; ++n) stores.bytes[first + n].store = name;
   };
-  // The power rows over scalars store the pair four times over.
-  const bool isRepeated = row.operation == Operation::power && row.shape == Shape::scalar;
-  for (int pass = 0; pass < (isRepeated ? 4 : 1); ++pass) {
+  for (int fill = 0; fill < FactsOf(row.name)->fills; ++fill) {
     for (int lane = 0; lane < row.lanes; ++lane) {
       store(elementMember, row.width, lane);
       store(floatMember, sizeof(float), lane);

@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "diagnosis/capture/rehearsal.h"
+#include "diagnosis/record/row_facts.h"
 #include "diagnosis/views/report_parts.h"
 
 namespace diagnosis {
@@ -27,8 +27,8 @@ constexpr std::string_view elementNames[] = {"int", "uint", "short", "ushort", "
 constexpr std::size_t Index(auto enumerator) { return static_cast<std::size_t>(enumerator); }
 
 std::uint64_t ToleranceOf(std::string_view row) {
-  const auto found = std::ranges::find(Rehearsal(), row, &Rehearsed::name);
-  return found == Rehearsal().end() ? 0 : found->tolerance;
+  const RowFacts* const facts = FactsOf(row);
+  return facts == nullptr ? 0 : facts->tolerance;
 }
 
 using Place = std::pair<Shape, std::size_t>;  // and element type

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "common/text/text.h"
-#include "diagnosis/capture/rehearsal.h"
 #include "diagnosis/judgement/opinion.h"
 #include "diagnosis/record/row.h"
+#include "diagnosis/record/row_facts.h"
 #include "diagnosis/verdict/ledger.h"
 
 namespace diagnosis {
@@ -396,9 +396,8 @@ std::string ReproducerOf(const Record& record, const Device& device, const Suspe
   // A row that came to nothing has not shown its text either.
   std::string source = record.source;
   std::string kernel = record.kernel;
-  const auto rehearsed = std::ranges::find(Rehearsal(), record.row, &Rehearsed::name);
-  if (source.empty()) source = rehearsed->source;
-  if (kernel.empty()) kernel = rehearsed->kernel;
+  if (source.empty()) source = KernelTextOf(*row);
+  if (kernel.empty()) kernel = FactsOf(record.row)->kernel;
 
   std::string right;
   for (int element = 0; element < elementsOfRow; ++element) {

@@ -22,7 +22,7 @@
 #include <string>
 #include <thread>
 
-#include "diagnosis/capture/rehearsal.h"
+#include "diagnosis/record/row_facts.h"
 #include "diagnosis/verdict/ledger.h"
 #include "harness/rows.h"
 #include "tests/rows.h"
@@ -188,7 +188,7 @@ TEST_F(Pool, KeepsWhatARowLeaves) {
   ASSERT_EQ(both.size(), 2U);
   for (const Record& record : both) {
     EXPECT_EQ(StatusOf(record), Status::pass) << DetailOf(record);
-    EXPECT_EQ(record.source, Rehearsal()[plain.row].source);
+    EXPECT_EQ(record.source, KernelTextOf(FactsOfRows()[plain.row].row));
     EXPECT_EQ(record.kernel, "sum");
     EXPECT_GT(record.buildSeconds, 0);
     EXPECT_GT(record.seconds, record.buildSeconds);
@@ -266,7 +266,7 @@ TEST_P(BadDriver, IsChargedToItsRowAlone) {
     EXPECT_NE(record.driver.find(bad.driver), std::string::npos);
     EXPECT_LE(record.driver.size(), 300'000U);
     if (!bad.fault.starts_with("scribble")) {
-      EXPECT_EQ(record.source, Rehearsal()[IndexOf(badRow)].source);
+      EXPECT_EQ(record.source, KernelTextOf(FactsOfRows()[IndexOf(badRow)].row));
     }
   }
 }

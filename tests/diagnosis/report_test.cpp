@@ -10,8 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/capture/rehearsal.h"
-#include "diagnosis/record/row.h"
+#include "diagnosis/record/row_facts.h"
 
 namespace diagnosis {
 namespace {
@@ -33,30 +32,31 @@ std::string TextIn(const pugi::xml_node& element) {
 }
 
 // A row as it went, its answers all `answer`.
-Record RowOf(const Rehearsed& row, bool passed, float answer) {
+Record RowOf(const RowFacts& facts, bool passed, float answer) {
   Record record;
+  const Row& row = facts.row;
   record.row = row.name;
-  record.source = row.source;
+  record.source = KernelTextOf(row);
   record.ending = {Ending::Kind::returned, passed ? 1 : 0, ""};
   record.out = passed ? "RUN 1: PASSED\n" : "  c:1 ocl:2\nRUN 1: FAILED!\n";
   record.seconds = 0.5;
   Repetition repetition;
   repetition.inputA.assign(row.stride * elementsOfRow, 0);
-  if (RowNamed(row.name)->twoInputs) repetition.inputB = repetition.inputA;
+  if (row.twoInputs) repetition.inputB = repetition.inputA;
   for (std::size_t i = 0; i < row.stride * elementsOfRow / sizeof answer; ++i) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(&answer);
     repetition.result.insert(repetition.result.end(), bytes, bytes + sizeof answer);
   }
   repetition.launched = true;
-  record.repetitions.assign(static_cast<std::size_t>(row.repetitions), repetition);
+  record.repetitions.assign(static_cast<std::size_t>(facts.repetitions), repetition);
   return record;
 }
 
 TEST(Report, SaysWhatARunComesTo) {
   // The copy of nothing but zeros: 0 is right, 1 is not.
-  const Rehearsed& copy = Rehearsal()[42];
+  const RowFacts& copy = FactsOfRows()[42];
   Record crashed;
-  crashed.row = copy.name;
+  crashed.row = copy.row.name;
   crashed.ending = {Ending::Kind::signalled, 11, ""};
   const struct {
     std::vector<Record> records;
@@ -69,13 +69,13 @@ TEST(Report, SaysWhatARunComesTo) {
        "0 of 1 row passed: 1 failed; every row ended as the baseline expects. By OpenCL\u2019s "
        "rules "
        "1 that failed is right, where the suite asks more than OpenCL does.",
-       {{std::string(copy.name), "Fail"}}},
+       {{copy.row.name, "Fail"}}},
       {{RowOf(copy, true, 0)},
        "now",
        "The one row passed; 1 row ended otherwise than the baseline expects. By OpenCL\u2019s "
        "rules, "
        "too, every lane that came back is right.",
-       {{std::string(copy.name), "Fail"}}},
+       {{copy.row.name, "Fail"}}},
       {{RowOf(copy, true, 0)},
        "now",
        "The one row passed. By OpenCL\u2019s rules, too, every lane that came back is right."},
@@ -103,11 +103,11 @@ TEST(Report, SaysWhatARunComesTo) {
 
 TEST(Report, ShowsEachRowThatIsNotPassedAndRight) {
   diagnosis::Run run;
-  for (const Rehearsed& row : Rehearsal()) {
-    const bool isPower = row.name.starts_with("power");
+  for (const RowFacts& row : FactsOfRows()) {
+    const bool isPower = row.row.name.starts_with("power");
     // Zeros to the power of nothing are 1, in some lanes; the other operations make zeros of them.
     if (!isPower)
-      run.records.push_back(RowOf(row, true, row.name.starts_with("floor") ? 3.F : 0.F));
+      run.records.push_back(RowOf(row, true, row.row.name.starts_with("floor") ? 3.F : 0.F));
   }
   const pugi::xml_document page = Parsed(ReportOf({{"out", run}}));
   const auto articles = page.select_nodes("//section[@id='rows']/article");
@@ -126,7 +126,7 @@ TEST(Report, KeepsItsBoundWhateverFailsAndWhateverADriverWrites) {
   run.info.command.assign(1 << 20, '<');
   for (std::string* text : {&run.info.device.name, &run.info.device.vendor, &run.info.host})
     text->assign(1 << 20, '&');
-  for (const Rehearsed& row : Rehearsal()) {
+  for (const RowFacts& row : FactsOfRows()) {
     Record record = RowOf(row, false, 12345.F);
     record.buildLog.assign(100'000, '&');
     record.err.assign(100'000, '\x1B');
@@ -136,7 +136,7 @@ TEST(Report, KeepsItsBoundWhateverFailsAndWhateverADriverWrites) {
   }
   const std::string one = ReportOf({{"out", run}});
   EXPECT_LE(one.size(), mostBytesOfPage);
-  EXPECT_EQ(Parsed(one).select_nodes("//section[@id='rows']/article").size(), Rehearsal().size());
+  EXPECT_EQ(Parsed(one).select_nodes("//section[@id='rows']/article").size(), FactsOfRows().size());
   const std::string two = ReportOf({{std::string(1 << 20, '&'), run}, {"again", run}});
   EXPECT_LE(two.size(), mostBytesOfPage);
   Parsed(two);

@@ -19,8 +19,8 @@
 #include <string>
 #include <vector>
 
-#include "diagnosis/capture/rehearsal.h"
 #include "diagnosis/record/row.h"
+#include "diagnosis/record/row_facts.h"
 
 namespace diagnosis {
 namespace {
@@ -130,7 +130,7 @@ TEST_F(Reproduce, TakesAnyTextThatADriverGives) {
 TEST_F(Reproduce, HandsOverTheTextAndMakesTheSuitesCallsInTheirOrder) {
   for (const char* row : {"power_union_arrays_6", "multiply_union_vector16_1"}) {
     SCOPED_TRACE(row);
-    const auto rehearsed = std::ranges::find(Rehearsal(), row, &Rehearsed::name);
+    const RowFacts& facts = *FactsOf(row);
     const bool twoInputs = RowNamed(row)->twoInputs;
     Record record = RecordOf(row);
     record.localSize = 64;
@@ -160,12 +160,12 @@ TEST_F(Reproduce, HandsOverTheTextAndMakesTheSuitesCallsInTheirOrder) {
     EXPECT_EQ(
         Shell("SCRIPTED_TEXT='" + Path("text") + "' '" + Path("row") + "' | grep '^>'").output,
         calls);
-    EXPECT_EQ(ReadFile(folder_ / "text"), rehearsed->source);
+    EXPECT_EQ(ReadFile(folder_ / "text"), KernelTextOf(facts.row));
     EXPECT_EQ(Run("SCRIPTED_PROCESSOR=1").output, Run().output);
     const std::string output = Run().output;
-    EXPECT_NE(output.find("kernel: " + rehearsed->kernel + "\n"), std::string::npos);
+    EXPECT_NE(output.find("kernel: " + std::string(facts.kernel) + "\n"), std::string::npos);
     EXPECT_NE(output.find("local size: 64\n"), std::string::npos);
-    EXPECT_NE(output.find("buffer: " + std::to_string(256 * rehearsed->stride) + "\n"),
+    EXPECT_NE(output.find("buffer: " + std::to_string(256 * facts.row.stride) + "\n"),
               std::string::npos);
   }
 }

@@ -1,4 +1,4 @@
-#include "diagnosis/capture/rehearsal.h"
+#include "tests/diagnosis/rehearsal.h"
 
 #include <bit>
 #include <cstring>
@@ -9,7 +9,6 @@
 
 #include "diagnosis/capture/boundary.h"
 #include "diagnosis/record/row.h"
-#include "harness/rows.h"
 
 namespace diagnosis {
 namespace {
@@ -176,19 +175,34 @@ consteval cl_icd_dispatch EntryPoints() {
 
 constexpr cl_icd_dispatch entryPoints = EntryPoints();
 
+// The suite's calls and what it writes reach the stage, until a row ends, and be it by a throw.
+class OnStage {
+ public:
+  explicit OnStage(Stage& own)
+      : before_(SetGround({&entryPoints, DrawZero})), out_(std::cout.rdbuf(own.out.rdbuf())) {
+    stage = &own;
+  }
+  ~OnStage() {
+    stage = nullptr;
+    std::cout.rdbuf(out_);
+    SetGround(before_);
+  }
+  OnStage(const OnStage&) = delete;
+  OnStage& operator=(const OnStage&) = delete;
+
+ private:
+  Ground before_;
+  std::streambuf* out_;
+};
+
 // Runs the row once on `onStage` and takes the verdict of each repetition. Returns what it wrote.
 std::string RunOn(Stage& onStage, const NamedRunner& runner) {
-  stage = &onStage;
   onStage.told.repetitions = 0;
   onStage.draws = 0;
   onStage.out.str("");
-  const Ground before = SetGround({&entryPoints, DrawZero});
-  std::streambuf* const out = std::cout.rdbuf(onStage.out.rdbuf());
+  const OnStage running(onStage);
   runner.run();
   TakeVerdict();
-  std::cout.rdbuf(out);
-  SetGround(before);
-  stage = nullptr;
   return onStage.out.str();
 }
 
@@ -199,10 +213,11 @@ int RunLines(std::string_view written) {
   return lines;
 }
 
+}  // namespace
+
 Rehearsed Rehearse(const NamedRunner& runner) {
   Stage own;
   own.row = RowNamed(runner.name).value();
-  own.told.name = runner.name;
   own.told.runLines = RunLines(RunOn(own, runner));
   own.told.drawsPerRepetition = own.draws / static_cast<std::size_t>(own.told.repetitions);
   // A row that repeats itself too seldom for the search is run again.
@@ -213,24 +228,6 @@ Rehearsed Rehearse(const NamedRunner& runner) {
   }
   own.told.tolerance = own.search.Tolerance();
   return own.told;
-}
-
-}  // namespace
-
-const std::vector<Rehearsed>& Rehearsal() {
-  static const auto rehearsal = [] {
-    std::vector<Rehearsed> rehearsed;
-    rehearsed.reserve(std::size(rows));
-    std::size_t draws = 0;
-    for (const NamedRunner& row : rows) {
-      Rehearsed& told = rehearsed.emplace_back(Rehearse(row));
-      told.scheduled = rehearsed.size() <= schedule.size();
-      told.drawsBefore = draws;
-      draws += told.drawsPerRepetition * static_cast<std::size_t>(told.repetitions);
-    }
-    return rehearsed;
-  }();
-  return rehearsal;
 }
 
 }  // namespace diagnosis
