@@ -9,6 +9,17 @@ keep_denormals=
 wanted_platform='' wanted_device=''
 wants_list=no
 device_options='--simulated | --keep-denormals | [--as-gpu] [--platform TEXT] [--device TEXT|INDEX] | --list-devices'
+device_help="
+Which device:
+  --simulated               The simulated GPU, which has no denormals
+  --keep-denormals          The same with denormals
+  --as-gpu                  Processors and accelerators are presented as GPUs
+  --list-devices            Name the devices of all drivers, and say which a run can use
+  --platform TEXT           The first device of the platform whose name has this in it
+  --device TEXT|INDEX       The device whose name has this in it, or that of this index in the list
+Without one of these: the first GPU of the first installed driver that has one, else the simulated GPU.
+OCL_ICD_VENDORS names another driver: a library, an .icd file or a folder of such files.
+"
 
 # device_option WORD...: whether the first of them is an option that chooses a device. If so, it is noted
 # for pick_device, and $taken is how many words it takes.

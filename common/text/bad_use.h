@@ -11,4 +11,10 @@ class BadUse : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// There is no device to run on. The program says why in one line, and ends with 3.
+class NothingToRunOn : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 }  // namespace text

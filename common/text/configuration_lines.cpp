@@ -21,6 +21,8 @@ std::vector<Line> LinesOf(const std::string& path) {
   std::vector<Line> lines;
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
+    if (number == 1 && line.starts_with("\xEF\xBB\xBF"))
+      throw BadUse(path + ":1: begins with a byte-order mark, which is no part of a name");
     std::string_view text = line;
     text = text.substr(0, text.find('#'));
     constexpr std::string_view blanks = " \t\r";

@@ -1,14 +1,12 @@
 #include "diagnosis/commands/command.h"
 
-#include <unistd.h>
 #include <wordexp.h>
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <stdexcept>
+#include <cstdint>
+#include <limits>
 
+#include "common/command_line/options.h"
 #include "diagnosis/record/select.h"
 
 namespace diagnosis {
@@ -35,15 +33,25 @@ void AddRows(CLI::App& app, std::vector<std::string>& patterns) {
       ->type_name("");
 }
 
-void AddPoolOptions(CLI::App& app, const Call& call, PoolOptions& options) {
+void AddFrom(CLI::App& app, std::string& folder, const char* description) {
+  CLI::Option* const from = app.add_option("--from", folder, description)
+                                ->type_name("DIR")
+                                ->check(command_line::NotEmpty());
+  // They say how rows are run, and none is.
+  for (const char* option :
+       {"--jobs", "--timeout", "--isolate", "--launcher", "--program", "--seed"})
+    from->excludes(app.get_option(option));
+}
+
+void AddPoolOptions(CLI::App& app, const command_line::Call& call, PoolOptions& options) {
   options.folder = call.workersFolder;
   app.add_option("-j,--jobs", options.workers, "Workers side by side")
       ->type_name("N")
-      ->check(CLI::Range(1, 256).description(""))
+      ->check(command_line::Whole(1, 256))
       ->capture_default_str();
   app.add_option("--timeout", options.timeoutSeconds, "Seconds that a row may take")
       ->type_name("S")
-      ->check(CLI::Range(0.001, 1e6).description(""))
+      ->check(command_line::Seconds(0.001, 1e6))
       ->capture_default_str();
   app.add_flag("--isolate", options.isolate, "A fresh worker for every row");
   app.add_option_function<std::string>(
@@ -51,16 +59,12 @@ void AddPoolOptions(CLI::App& app, const Call& call, PoolOptions& options) {
          "Words before the worker's command, for instance 'ssh board'")
       ->type_name("CMD");
   app.add_option("--program", options.program, "This program where the launcher finds it")
-      ->type_name("PATH");
+      ->type_name("PATH")
+      ->check(command_line::NotEmpty());
   app.add_option("--seed", options.seed, "The rows' data; 1 is the suite's own")
       ->type_name("N")
+      ->check(command_line::Whole(0, std::numeric_limits<std::uint32_t>::max()))
       ->capture_default_str();
-}
-
-void Print(const std::string& text) {
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-    throw std::runtime_error("cannot write on standard output: " +
-                             std::string(std::strerror(errno)));
 }
 
 }  // namespace diagnosis

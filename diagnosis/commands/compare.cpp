@@ -19,13 +19,13 @@ struct Options {
 int CompareRuns(const Options& options) {
   const std::vector<NamedRun> runs = ReadRuns({options.before, options.after});
   const std::vector<ComparedRow> compared = Compare(runs);
-  Print(DifferencesOf(runs, compared));
+  command_line::Print(DifferencesOf(runs, compared));
   const bool isWorse =
       std::ranges::find(compared, Comparison::worse, &ComparedRow::comparison) != compared.end();
   return isWorse ? 1 : 0;
 }
 
-void AddTo(CLI::App& app, Call& call) {
+void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
   app.add_option("A", options->before, "Folder that the first run was written into")->required();
   app.add_option("B", options->after, "Folder that the second run was written into")->required();
@@ -34,8 +34,8 @@ void AddTo(CLI::App& app, Call& call) {
 
 }  // namespace
 
-const Command commands::compare = {
+const command_line::Command commands::compare = {
     "compare", "Say what differs between two runs; ends with 1 if a row is worse in the second",
-    AddTo};
+    AddTo, "triage compare before after"};
 
 }  // namespace diagnosis

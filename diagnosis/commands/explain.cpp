@@ -41,17 +41,16 @@ void ExplainRows(const Options& options) {
     text += TextOf(explanation, mostOthers);
   }
   if (text.empty()) text = "All rows passed and are right.\n";
-  Print(text);
+  command_line::Print(text);
 }
 
-void AddTo(CLI::App& app, Call& call) {
+void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
   AddRows(app, options->patterns);
-  app.add_option("--from", options->folder,
-                 "Folder that a run was written into; without it, the rows are run now")
-      ->type_name("DIR");
   app.add_flag("--all", options->allLanes, "Every wrong lane, not the first ones of a row");
   AddPoolOptions(app, call, options->pool);
+  AddFrom(app, options->folder,
+          "Folder that a run was written into; without it, the rows are run now");
   app.footer("Without a row, every row that is not passed and right is explained.");
   app.parse_complete_callback([options] { Select(options->patterns); });
   app.callback([options] { ExplainRows(*options); });
@@ -59,6 +58,9 @@ void AddTo(CLI::App& app, Call& call) {
 
 }  // namespace
 
-const Command commands::explain = {"explain", "Say how wrong answers came about", AddTo};
+const command_line::Command commands::explain = {
+    "explain", "Say how wrong answers came about", AddTo,
+    "triage explain --from results multiply_union_arrays_4\n"
+    "triage explain --simulated 'copy_*_3'"};
 
 }  // namespace diagnosis

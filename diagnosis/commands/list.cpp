@@ -10,7 +10,7 @@
 namespace diagnosis {
 namespace {
 
-void AddTo(CLI::App& app, Call&) {
+void AddTo(CLI::App& app, command_line::Call&) {
   struct Options {
     std::vector<std::string> patterns;
     bool isLong = false;
@@ -20,12 +20,13 @@ void AddTo(CLI::App& app, Call&) {
   app.add_flag("--long", options->isLong, "As a table with what is particular to each row");
   app.callback([options] {
     const std::vector<std::size_t> selected = Select(options->patterns);
-    Print(options->isLong ? TableOf(selected) : NamesOf(selected));
+    command_line::Print(options->isLong ? TableOf(selected) : NamesOf(selected));
   });
 }
 
 }  // namespace
 
-const Command commands::list = {"list", "Name the rows, one a line", AddTo};
+const command_line::Command commands::list = {"list", "Name the rows, one a line", AddTo,
+                                              "triage list --long 'power_*_4'"};
 
 }  // namespace diagnosis

@@ -1,107 +1,46 @@
-#include <fmt/format.h>
-
-#include <CLI/CLI.hpp>
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <exception>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "common/text/bad_use.h"
-#include "common/text/text.h"
+#include "common/command_line/program.h"
 #include "common/workers/worker.h"
 #include "diagnosis/commands/command.h"
-#include "diagnosis/execution/run_now.h"
-
-namespace diagnosis {
 
 namespace {
 
-constexpr char version[] = "union_triage " SUITE_VERSION;
-
-#define TAKE(name) &commands::name,
-constexpr const Command* allCommands[] = {COMMANDS(TAKE)};
+#define TAKE(name) &diagnosis::commands::name,
+constexpr const command_line::Command* commands[] = {COMMANDS(TAKE)};
 #undef TAKE
 
-// Rows without a command in front of them are to be run.
-std::vector<std::string> WithCommand(std::vector<std::string> arguments) {
-  const auto isCommand = [](const std::string& word) {
-    return word == "-h" || word == "--help" || word == "--version" ||
-           std::ranges::any_of(allCommands,
-                               [&word](const Command* command) { return word == command->name; });
-  };
-  if (arguments.empty() || !isCommand(arguments.front()))
-    arguments.insert(arguments.begin(), "run");
-  return arguments;
-}
+constexpr command_line::Section sections[] = {
+    {"EXIT STATUS",
+     "0 if every selected row passed or ended as the baseline says; 1 if not; 2 for bad use or a "
+     "bad\n"
+     "file; 3 if there is no GPU device, or the loader has not taken a layer of OPENCL_LAYERS.\n"},
+    {"ENVIRONMENT",
+     "The OpenCL loader takes the driver from OCL_ICD_VENDORS and layers from OPENCL_LAYERS.\n"
+     "NO_COLOR turns colour off.\n"},
+    {"FILES",
+     "/usr/share/@package@/baselines: what to expect of drivers that Debian packages.\n"
+     "\n"
+     "/usr/@CMAKE_INSTALL_LIBDIR@/@package@/libbroken_compiler.so: a layer that breaks a device's\n"
+     "compiler in the way that BROKEN_COMPILER names; with help it lists the ways.\n"
+     "\n"
+     "/usr/@CMAKE_INSTALL_LIBDIR@/@package@/libone_device.so: a layer that shows one device alone, "
+     "which\n"
+     "ONE_DEVICE names as PLATFORM:DEVICE, by the platform's index and the device's in it.\n"},
+};
 
-void Run(std::vector<std::string> arguments, Call& call) {
-  CLI::App app(
-      "Runs the rows of the union conformance suite and says what became of each.\n"
-      "Without a command, 'run' is meant: 'triage ROW...' is 'triage run ROW...'.",
-      "triage");
-  app.set_version_flag("--version", version);
-  app.require_subcommand(1);
-  app.get_formatter()->column_width(28);
-  for (const Command* command : allCommands) {
-    CLI::App& added = *app.add_subcommand(command->name, command->description);
-    command->addTo(added, call);
-    // A command in front of this one wants to know of bad use before it looks for a device.
-    if (std::getenv("TRIAGE_ONLY_CHECK") != nullptr) added.callback([] {});
-  }
-
-  arguments = WithCommand(std::move(arguments));
-  // The library takes them from the back.
-  std::ranges::reverse(arguments);
-  try {
-    app.parse(std::move(arguments));
-  } catch (const CLI::CallForHelp&) {
-    Print(app.help());
-  } catch (const CLI::CallForVersion&) {
-    Print(fmt::format("{}\n", version));
-  } catch (const CLI::ParseError& error) {
-    throw text::BadUse(error.what());
-  }
-}
-
-int Main(int argc, char** argv) {
-  const std::vector<std::string> arguments(argv + 1, argv + argc);
-  if (argc == 2 && arguments.front() == "worker") return WorkerMain();
-  try {
-    Call call;
-    // ./triage stands in the project's root, from where the layers are named, and so must the
-    // workers.
-    if (const char* folder = std::getenv("TRIAGE_CALLED_FROM")) {
-      call.workersFolder = std::filesystem::current_path();
-      std::filesystem::current_path(folder);
-    }
-    call.line = text::ShellWords(std::vector<std::string>(argv, argv + argc));
-    if (const char* outer = std::getenv("TRIAGE_CALLED_AS")) call.line = outer;
-    Run(arguments, call);
-    return call.status;
-  } catch (const text::BadUse& refusal) {
-    fmt::print(stderr, "triage: {}\n", text::PrintableLine(refusal.what(), 1000));
-    return 2;
-  } catch (const NothingToRunOn& refusal) {
-    fmt::print(stderr, "triage: {}\n", text::PrintableLine(refusal.what(), 1000));
-    return 3;
-  } catch (const std::exception& error) {
-    fmt::print(stderr, "triage: {}\n", text::PrintableLine(error.what(), 1000));
-    return 1;
-  }
-}
+constexpr command_line::Program triage = {
+    .name = "triage",
+    .binary = "union_triage",
+    .version = SUITE_VERSION,
+    .purpose = "account for every row of the union suite, and explain what a device does wrong",
+    .description =
+        "Runs the rows of the union conformance suite and says what became of each.\n"
+        "Without a command, 'run' is meant: 'triage ROW...' is 'triage run ROW...'.",
+    .commands = commands,
+    .usualCommand = "run",
+    .worker = diagnosis::WorkerMain,
+    .sections = sections,
+};
 
 }  // namespace
 
-}  // namespace diagnosis
-
-int main(int argc, char** argv) {
-  try {
-    return diagnosis::Main(argc, argv);
-  } catch (...) {
-    // There was no memory left for a line on what went wrong.
-    return 1;
-  }
-}
+int main(int argc, char** argv) { return command_line::Main(triage, argc, argv); }

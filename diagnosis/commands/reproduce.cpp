@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/command_line/options.h"
 #include "diagnosis/commands/command.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
@@ -30,21 +31,21 @@ void WriteReproducer(const Options& options) {
   const Run run = RunOf({row}, options.folder, options.pool);
   const auto record = std::ranges::find(run.records, options.row, &Record::row);
   const std::string text = ReproducerOf(*record, run.info.device, AnalysisOf(run, {}).suspects);
-  if (options.file.empty() || options.file == "-") return Print(text);
+  if (options.file.empty() || options.file == "-") return command_line::Print(text);
   std::ofstream file(options.file, std::ios::binary);
   file << text << std::flush;
   if (!file) throw std::runtime_error("cannot write " + options.file + ": " + std::strerror(errno));
 }
 
-void AddTo(CLI::App& app, Call& call) {
+void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
   app.add_option("ROW", options->row, "Name of a row")->required();
   app.add_option("-o", options->file, "File to write; standard output if none is given")
-      ->type_name("FILE");
-  app.add_option("--from", options->folder,
-                 "Folder that a run was written into; without it, the row is run now")
-      ->type_name("DIR");
+      ->type_name("FILE")
+      ->check(command_line::NotEmpty());
   AddPoolOptions(app, call, options->pool);
+  AddFrom(app, options->folder,
+          "Folder that a run was written into; without it, the row is run now");
   app.footer(
       "The program needs CL/cl.h and -lOpenCL, and ends with 0 if the device is right, 1 if "
       "not,\n2 if a call fails.");
@@ -54,7 +55,8 @@ void AddTo(CLI::App& app, Call& call) {
 
 }  // namespace
 
-const Command commands::reproduce = {
-    "reproduce", "Write a C program that shows by itself what was seen in a row", AddTo};
+const command_line::Command commands::reproduce = {
+    "reproduce", "Write a C program that shows by itself what was seen in a row", AddTo,
+    "triage reproduce multiply_union_arrays_4 --from results -o fault.c"};
 
 }  // namespace diagnosis

@@ -12,6 +12,7 @@
 #include <ctime>
 #include <exception>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/command_line/options.h"
 #include "common/outputs/reporter.h"
 #include "common/outputs/results.h"
 #include "common/text/text.h"
@@ -66,7 +68,8 @@ std::string Host() {
   return fmt::format("{} {} {}", name.sysname, name.release, name.machine);
 }
 
-RunInfo InfoOf(const Options& options, const Call& call, const std::vector<std::size_t>& selected) {
+RunInfo InfoOf(const Options& options, const command_line::Call& call,
+               const std::vector<std::size_t>& selected) {
   RunInfo info;
   info.host = Host();
   info.version = SUITE_VERSION;
@@ -89,7 +92,7 @@ RunInfo InfoOf(const Options& options, const Call& call, const std::vector<std::
 
 Console StandardOutput() {
   Console console;
-  console.write = Print;
+  console.write = command_line::Print;
   console.clock = [] {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
         .count();
@@ -129,7 +132,7 @@ class Dispensable {
 /// back.
 class TriageRun {
  public:
-  TriageRun(const Options& options, const Call& call)
+  TriageRun(const Options& options, const command_line::Call& call)
       : options_(options),
         selected_(Select(options.patterns)),
         info_(InfoOf(options, call, selected_)),
@@ -283,7 +286,7 @@ class TriageRun {
   std::vector<std::size_t> again_;     // to be run once more
 };
 
-void AddTo(CLI::App& app, Call& call) {
+void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
   AddRows(app, options->patterns);
   AddPoolOptions(app, call, options->pool);
@@ -293,16 +296,20 @@ void AddTo(CLI::App& app, Call& call) {
   app.add_option("--local-size", options->localSize,
                  "For clEnqueueNDRangeKernel; the suite leaves it to the driver")
       ->type_name("N")
-      ->check(CLI::PositiveNumber.description(""));
+      ->check(command_line::Whole(1, std::numeric_limits<std::uint64_t>::max()));
   app.add_option("--skips", options->skipsFile, "Rows not to be run, a name or glob a line")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(command_line::NotEmpty());
   app.add_option("--baseline", options->baselineFile, "Expected results, 'test,status' a line")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(command_line::NotEmpty());
   app.add_flag("--strict", options->strict,
                "The second opinion counts: a row that passed is a failure if it is wrong by "
                "OpenCL's rules, and one that failed is none if it is right");
   app.add_flag("--strict-flakes", options->flakesFail, "A flake is a failure");
-  app.add_option("--out", options->folder, "Folder for the results")->type_name("DIR");
+  app.add_option("--out", options->folder, "Folder for the results")
+      ->type_name("DIR")
+      ->check(command_line::NotEmpty());
   app.add_flag("--force", options->replace, "Replace results that are there");
   app.add_flag("--ktap", options->ktap, "KTAP on standard output");
   app.footer(
@@ -310,7 +317,7 @@ void AddTo(CLI::App& app, Call& call) {
       "if it then ends otherwise. Rows that the baseline does not name are expected to pass.\n"
       "\n"
       "The results are results.csv, failures.csv (a baseline for later runs), junit.xml,\n"
-      "records.jsonl and run.json.\n"
+      "records.jsonl, run.json and report.html.\n"
       "\n"
       "Status: 0 if every row passed, ended as the baseline says, was skipped or is a flake; 1 if\n"
       "not, also if one passed against the baseline; 2 for bad use; 3 without a GPU device.");
@@ -324,6 +331,10 @@ void AddTo(CLI::App& app, Call& call) {
 
 }  // namespace
 
-const Command commands::run = {"run", "Run rows and say what became of each", AddTo};
+const command_line::Command commands::run = {
+    "run", "Run rows and say what became of each", AddTo,
+    "triage 'multiply_*'\n"
+    "triage --out results --baseline baselines/rusticl-llvmpipe.csv -j 2\n"
+    "triage --launcher 'ssh board' --program /opt/union_triage --timeout 20"};
 
 }  // namespace diagnosis

@@ -51,16 +51,15 @@ void TabulateRows(const Options& options) {
                    NameOf(row->status), NameOf(opinion.verdict), opinion.wrong.size(),
                    opinion.lanes, opinion.greatestUlps, fmt::join(suspects, " "));
   }
-  Print(text);
+  command_line::Print(text);
 }
 
-void AddTo(CLI::App& app, Call& call) {
+void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
   AddRows(app, options->patterns);
-  app.add_option("--from", options->folder,
-                 "Folder that a run was written into; without it, the rows are run now")
-      ->type_name("DIR");
   AddPoolOptions(app, call, options->pool);
+  AddFrom(app, options->folder,
+          "Folder that a run was written into; without it, the rows are run now");
   app.footer(
       "The columns: test, status, opinion (right, wrong or unseen), wrong lanes, lanes "
       "judged,\n"
@@ -71,8 +70,8 @@ void AddTo(CLI::App& app, Call& call) {
 
 }  // namespace
 
-const Command commands::table = {
+const command_line::Command commands::table = {
     "table", "Print status, second opinion and suspects as comma-separated values, a row a line",
-    AddTo};
+    AddTo, "triage table --from results"};
 
 }  // namespace diagnosis

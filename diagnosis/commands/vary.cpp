@@ -23,10 +23,10 @@ void RunVariations(const Options& options) {
     const std::vector<Job> variations = VariationsOf(row);
     jobs.insert(jobs.end(), variations.begin(), variations.end());
   }
-  Print(TableOfVariations(jobs, RunNow(jobs, options.pool)));
+  command_line::Print(TableOfVariations(jobs, RunNow(jobs, options.pool)));
 }
 
-void AddTo(CLI::App& app, Call& call) {
+void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
   app.add_option("ROW", options->patterns,
                  "Names of rows, or globs such as 'multiply_*' and '*_vector3_?'")
@@ -38,7 +38,8 @@ void AddTo(CLI::App& app, Call& call) {
 
 }  // namespace
 
-const Command commands::vary = {
-    "vary", "Run rows as they are, with other build options and with other local sizes", AddTo};
+const command_line::Command commands::vary = {
+    "vary", "Run rows as they are, with other build options and with other local sizes", AddTo,
+    "triage vary add_union_arrays_4"};
 
 }  // namespace diagnosis

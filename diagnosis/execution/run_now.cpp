@@ -1,6 +1,7 @@
 #include "diagnosis/execution/run_now.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "common/text/bad_use.h"
@@ -44,7 +45,7 @@ Run RunNow(const std::vector<Job>& jobs, const PoolOptions& options) {
   };
   switch (RunJobs(jobs, options, listener)) {
     case PoolEnd::noDevice:
-      throw NothingToRunOn(noDevice);
+      throw text::NothingToRunOn(noDevice);
     case PoolEnd::interrupted:
       throw std::runtime_error("interrupted");
     case PoolEnd::finished:

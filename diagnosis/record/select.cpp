@@ -23,6 +23,14 @@ std::vector<std::size_t> Matching(const std::string& pattern) {
   return matching;
 }
 
+// What the caller may have meant: the rows whose names begin with it, or have it in them.
+std::string AdviceOn(const std::string& pattern) {
+  for (const std::string& meant : {pattern + "_*", pattern + "*", "*" + pattern + "*"})
+    if (!pattern.empty() && !Matching(meant).empty())
+      return fmt::format(": did you mean '{}'?", text::PrintableLine(meant));
+  return " ('triage list' names them)";
+}
+
 }  // namespace
 
 std::vector<std::size_t> Select(const std::vector<std::string>& patterns) {
@@ -34,8 +42,8 @@ std::vector<std::size_t> Select(const std::vector<std::string>& patterns) {
   for (const std::string& pattern : patterns) {
     const std::vector<std::size_t> matching = Matching(pattern);
     if (matching.empty())
-      throw text::BadUse(fmt::format("no row matches '{}' ('triage list' names them)",
-                                     text::PrintableLine(pattern)));
+      throw text::BadUse(
+          fmt::format("no row matches '{}'{}", text::PrintableLine(pattern), AdviceOn(pattern)));
     selected.insert(selected.end(), matching.begin(), matching.end());
   }
   std::ranges::sort(selected);

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/command_line/program.h"
+
+namespace command_line {
+
+/// The program's manual page in roff, of what help says too: `app` has all its commands. The
+/// version is left to the build, as "@PROJECT_VERSION@".
+std::string ManualOf(const Program& program, const CLI::App& app);
+
+/// A command's examples, a line each.
+std::vector<std::string> LinesOfExamples(const Command& command);
+
+}  // namespace command_line

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+
+// What an option's value must be. The library's own checks let an overflow, a NaN and nothing pass.
+
+namespace command_line {
+
+/// A whole number in decimal digits.
+CLI::Validator Whole(std::uint64_t least, std::uint64_t most);
+
+/// A number of seconds, finite.
+CLI::Validator Seconds(double least, double most);
+
+/// Anything but nothing.
+CLI::Validator NotEmpty();
+
+}  // namespace command_line

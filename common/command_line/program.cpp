@@ -1,0 +1,144 @@
+#include "common/command_line/program.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <stdexcept>
+#include <vector>
+
+#include "common/command_line/manual.h"
+#include "common/text/bad_use.h"
+#include "common/text/text.h"
+
+namespace command_line {
+namespace {
+
+// What the command in front of the program says under that name; null if it says nothing.
+const char* Said(const Program& program, std::string_view what) {
+  std::string name = program.name;
+  std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
+  return std::getenv(fmt::format("{}_{}", name, what).c_str());
+}
+
+// The library would take the next word for the value of an option that ends in "=".
+std::vector<std::string> WithEmptyValues(const std::vector<std::string>& arguments) {
+  std::vector<std::string> words;
+  bool areOptions = true;
+  for (const std::string& argument : arguments) {
+    areOptions = areOptions && argument != "--";
+    if (areOptions && argument.size() > 3 && argument.starts_with("--") &&
+        argument.ends_with('=')) {
+      words.push_back(argument.substr(0, argument.size() - 1));
+      words.emplace_back();
+    } else {
+      words.push_back(argument);
+    }
+  }
+  return words;
+}
+
+std::vector<std::string> WithCommand(const Program& program, std::vector<std::string> arguments) {
+  const auto isCommand = [&program](const std::string& word) {
+    return word == "-h" || word == "--help" || word == "--version" || word == "manual" ||
+           std::ranges::any_of(program.commands,
+                               [&word](const Command* command) { return word == command->name; });
+  };
+  if (arguments.empty() || !isCommand(arguments.front()))
+    arguments.insert(arguments.begin(), program.usualCommand);
+  return arguments;
+}
+
+// The examples behind what the command says itself.
+void AddExamples(CLI::App& app, const Command& command) {
+  if (*command.examples == '\0') return;
+  const std::string footer = app.get_footer();
+  app.footer(fmt::format("{}{}Examples:\n  {}", footer, footer.empty() ? "" : "\n\n",
+                         fmt::join(LinesOfExamples(command), "\n  ")));
+}
+
+void Run(const Program& program, std::vector<std::string> arguments, Call& call) {
+  CLI::App app(program.description, program.name);
+  const std::string version = fmt::format("{} {}", program.binary, program.version);
+  app.set_version_flag("--version", version);
+  app.require_subcommand(1);
+  app.get_formatter()->column_width(28);
+  for (const Command* command : program.commands) {
+    CLI::App& added = *app.add_subcommand(command->name, command->description);
+    command->addTo(added, call);
+    AddExamples(added, *command);
+    // A command in front of this one wants to know of bad use before it looks for a device.
+    if (Said(program, "ONLY_CHECK") != nullptr) added.callback([] {});
+  }
+  if (arguments.size() == 1 && arguments.front() == "manual") return Print(ManualOf(program, app));
+
+  arguments = WithCommand(program, WithEmptyValues(arguments));
+  // The library takes them from the back.
+  std::ranges::reverse(arguments);
+  try {
+    app.parse(std::move(arguments));
+  } catch (const CLI::CallForHelp&) {
+    const char* more = Said(program, "HELP");
+    Print(app.help() + (more != nullptr ? more : ""));
+  } catch (const CLI::CallForVersion&) {
+    Print(version + "\n");
+  } catch (const CLI::ParseError& error) {
+    throw text::BadUse(error.what());
+  }
+}
+
+int Ended(const Program& program, int status, const std::exception& reason) {
+  fmt::print(stderr, "{}: {}\n", program.name, text::PrintableLine(reason.what(), 1000));
+  return status;
+}
+
+int Answer(const Program& program, int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (argc == 2 && arguments.front() == "worker") return program.worker();
+  try {
+    Call call;
+    // The command in front stands in the project's root, from where the layers are named, and so
+    // must the workers.
+    if (const char* folder = Said(program, "CALLED_FROM")) {
+      call.workersFolder = std::filesystem::current_path();
+      std::filesystem::current_path(folder);
+    }
+    const char* line = Said(program, "CALLED_AS");
+    call.line =
+        line != nullptr ? line : text::ShellWords(std::vector<std::string>(argv, argv + argc));
+    Run(program, arguments, call);
+    return call.status;
+  } catch (const text::BadUse& refusal) {
+    return Ended(program, 2, refusal);
+  } catch (const text::NothingToRunOn& refusal) {
+    return Ended(program, 3, refusal);
+  } catch (const std::exception& error) {
+    return Ended(program, 1, error);
+  }
+}
+
+}  // namespace
+
+int Main(const Program& program, int argc, char** argv) noexcept {
+  try {
+    return Answer(program, argc, argv);
+  } catch (...) {
+    // There was no memory left for a line on what went wrong.
+    return 1;
+  }
+}
+
+void Print(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+    throw std::runtime_error("cannot write on standard output: " +
+                             std::string(std::strerror(errno)));
+}
+
+}  // namespace command_line
