@@ -120,11 +120,11 @@ class Table {
           [](Fault& fault) { fault.formula = Formula::copy; });
     }
 
-    const auto addIntegerStored = [&](Change change, Manner manner) {
+    const auto addIntegerStored = [&](Change change, OverflowPolicy policy) {
       constexpr char meaning[] = "The bits of the result are those of an integer.";
-      const auto set = [change, manner](Fault& fault) {
+      const auto set = [change, policy](Fault& fault) {
         fault.change = change;
-        fault.amount = static_cast<std::int64_t>(manner);
+        fault.amount = static_cast<std::int64_t>(policy);
       };
       add(Rank::named, "integer-stored", meaning, set);
       if (row_.width == sizeof(float)) return;
@@ -137,12 +137,12 @@ class Table {
           },
           "through the element member");
     };
-    for (const Manner manner : {Manner::intNearest, Manner::intLowest, Manner::uintNearest,
-                                Manner::uintHighest, Manner::lowBitsOfLong}) {
-      addIntegerStored(Change::integerTruncated, manner);
-      addIntegerStored(Change::integerRounded, manner);
+    for (const OverflowPolicy policy : {OverflowPolicy::intNearest, OverflowPolicy::intLowest, OverflowPolicy::uintNearest,
+                                OverflowPolicy::uintHighest, OverflowPolicy::lowBitsOfLong}) {
+      addIntegerStored(Change::integerTruncated, policy);
+      addIntegerStored(Change::integerRounded, policy);
     }
-    addIntegerStored(Change::integerComputed, Manner::lowBitsOfLong);
+    addIntegerStored(Change::integerComputed, OverflowPolicy::lowBitsOfLong);
 
     add(Rank::named, "sign-lost", "Every answer is positive.",
         [](Fault& fault) { fault.change = Change::magnitude; });

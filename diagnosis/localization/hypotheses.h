@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "diagnosis/localization/fault.h"
+#include "diagnosis/localization/row_data.h"
 
 namespace diagnosis {
 

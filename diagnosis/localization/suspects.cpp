@@ -14,6 +14,7 @@
 
 #include "diagnosis/judgement/opinion.h"
 #include "diagnosis/localization/fault.h"
+#include "diagnosis/localization/fit.h"
 #include "diagnosis/localization/hypotheses.h"
 
 namespace diagnosis {
