@@ -4,15 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "diagnosis/judgement/arithmetic.h"
-#include "diagnosis/judgement/opinion.h"
-#include "diagnosis/record/record.h"
 #include "diagnosis/record/row.h"
 
-// A device that does something wrong, told by what it does otherwise than a right one, and whether
-// a row's answers are those that it would give.
+// A device that does something wrong, told by what it does otherwise than a right one.
 
 namespace diagnosis {
 
@@ -37,7 +33,7 @@ inline constexpr ElementMap ownElements = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
 
 /// How an operand is read.
 struct Reading {
-  Place place;
+  Place place{};
   View view = View::own;
   int width = 0;  // of an integer lane; 0: the element's own
   Sign sign = Sign::own;
@@ -85,7 +81,7 @@ enum class Change {
   negated,
   magnitude,
   zeroOfEitherSign,
-  integerTruncated,    // the bits of an integer; the amount is a Manner
+  integerTruncated,    // the bits of an integer; the amount is an OverflowPolicy
   integerRounded,      // to the nearest
   integerComputed,     // of the operands as integers
   reversed,            // its bytes
@@ -105,19 +101,19 @@ enum class Change {
 
 /// What an integer is where it cannot be the float's, which OpenCL leaves open: the nearest that
 /// can be, or one of the bit patterns that processors give.
-enum class Manner { intNearest, intLowest, uintNearest, uintHighest, lowBitsOfLong };
+enum class OverflowPolicy { intNearest, intLowest, uintNearest, uintHighest, lowBitsOfLong };
 
 /// All that a device does otherwise. A right one does nothing otherwise.
 struct Fault {
-  Reading a;
-  Reading b;
-  Place result;
+  Reading a{};
+  Reading b{};
+  Place result{};
   int resultWidth = 0;  // bytes stored of a lane; 0: all four
   Conversion conversion = Conversion::own;
-  std::optional<Rounding> conversionRounding;
-  std::optional<Rounding> arithmeticRounding;
-  std::optional<Denormals> denormalOperands;
-  std::optional<Denormals> denormalResults;
+  std::optional<Rounding> conversionRounding{};
+  std::optional<Rounding> arithmeticRounding{};
+  std::optional<Denormals> denormalOperands{};
+  std::optional<Denormals> denormalResults{};
   Formula formula = Formula::own;
   bool truncatedB = false;  // to an integer, which is converted back
   Change change = Change::none;
@@ -131,45 +127,13 @@ struct Fault {
   std::uint32_t unwrittenLanes = 0;
 };
 
+/// Whether bit `number` of a mask of elements or lanes is set.
+constexpr bool Holds(std::uint32_t numbers, int number) {
+  constexpr int most = 32;
+  return number < most && (numbers >> number & 1U) != 0;
+}
+
 /// Both faults in one device, or nothing where they contradict each other.
 std::optional<Fault> Both(const Fault& one, const Fault& other);
-
-/// A row's bytes as the device had them.
-struct RowData {
-  RowData(const Row& row, const Record& record, const Device& device, const Opinion& opinion);
-
-  struct Seen {
-    Bytes a;  // the elements and what lies behind them
-    Bytes b;
-    Bytes result;                 // the ten elements
-    std::optional<Bytes> before;  // what stood there, where that is known
-  };
-  struct Lane {
-    std::size_t repetition;
-    int element;
-    int lane;
-  };
-
-  std::uint32_t BitsAt(const Lane& lane) const;
-
-  Row row;
-  FloatMode mode;
-  std::vector<Seen> repetitions;
-  std::vector<Lane> lanes;     // the wrong ones first: where a fault is soonest refuted
-  std::size_t wrongLanes = 0;  // how many those are
-  int items = 0;               // elements of which the inputs are known
-};
-
-/// How well a fault fits a row.
-enum class Fit {
-  refuted,
-  doubtful,  // it gives every answer, but other bytes changed that it leaves alone, or what stood
-             // in the buffer at first would have to be this or that by chance
-  explains,
-};
-
-/// Whether a device with that fault gives every answer of the row. Where an answer hangs on bytes
-/// that nobody saw, it may be any; a fault of which most answers do explains nothing.
-Fit FitOf(const Fault& fault, const RowData& data);
 
 }  // namespace diagnosis
