@@ -4,7 +4,7 @@
 
 #include "common/text/text.h"
 
-namespace diagnosis {
+namespace page {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::string HtmlOf(pugi::xml_document& document) {
   return page.text + '\n';
 }
 
-}  // namespace diagnosis
+}  // namespace page

@@ -7,7 +7,10 @@
 // A page is a tree. Text goes in through these alone, so nothing that a driver printed can become
 // markup, whatever it is.
 
-namespace diagnosis {
+namespace page {
+
+/// The style sheet: page.css.
+extern const char* const styleSheet;
 
 /// An element at the end of `parent`, with what it says.
 pugi::xml_node Add(pugi::xml_node parent, const char* name, std::string_view text = {});
@@ -28,4 +31,4 @@ std::size_t SizeOf(pugi::xml_node element);
 /// The tree as HTML, from its doctype on.
 std::string HtmlOf(pugi::xml_document& document);
 
-}  // namespace diagnosis
+}  // namespace page

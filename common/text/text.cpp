@@ -92,6 +92,10 @@ std::string PrintableLine(std::string_view text, std::size_t most) {
   return std::string(cut(line)) + "...";
 }
 
+std::string Counted(std::uint64_t count, std::string_view one) {
+  return fmt::format("{} {}{}", count, one, count == 1 ? "" : "s");
+}
+
 std::string ShellWords(const std::vector<std::string>& words) {
   constexpr std::string_view plain =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-+=/.,:@%";

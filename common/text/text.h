@@ -25,6 +25,9 @@ std::string Printable(std::string_view text);
 /// and what is longer than `most` bytes is cut and ends in "...".
 std::string PrintableLine(std::string_view text, std::size_t most = 200);
 
+/// "12 rows", "1 row".
+std::string Counted(std::uint64_t count, std::string_view one);
+
 /// The words as a shell takes them again.
 std::string ShellWords(const std::vector<std::string>& words);
 

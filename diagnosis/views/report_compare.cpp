@@ -44,7 +44,7 @@ void AddHead(pugi::xml_node table, std::string_view caption, std::string_view fi
 // A line a row, a cell a run.
 void AddTable(pugi::xml_node parent, std::string_view caption, const std::vector<NamedRun>& runs,
               const std::vector<const ComparedRow*>& rows) {
-  const pugi::xml_node table = AddClassed(AddScrolled(parent, caption), "table", "runs");
+  const pugi::xml_node table = AddClassed(page::AddScrolled(parent, caption), "table", "runs");
   AddHead(table, caption, "Row", runs);
   const pugi::xml_node body = Add(table, "tbody");
   for (const ComparedRow* row : rows) {
@@ -57,8 +57,7 @@ void AddTable(pugi::xml_node parent, std::string_view caption, const std::vector
         AddText(cell, "not selected");
         continue;
       }
-      const CategoryTraits& look = TraitsOf(outcome->category);
-      AddSign(AddClassed(cell, "span", fmt::format("chip {}", look.style)), look);
+      page::AddChip(cell, MarkOf(outcome->category));
       AddText(cell, fmt::format(" {}", SummaryOf(*outcome)));
     }
   }
@@ -82,29 +81,16 @@ std::string SentenceOf(const std::vector<NamedRun>& runs, const std::vector<Comp
 void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
                   const std::vector<ComparedRow>& rows) {
   const pugi::xml_node table =
-      AddClassed(AddScrolled(section, "The runs"), "table", "runs overview");
+      AddClassed(page::AddScrolled(section, "The runs"), "table", "runs overview");
   AddHead(table, "The runs side by side", "Run", runs);
   const pugi::xml_node body = Add(table, "tbody");
-  struct Fact {
-    const char* name;
-    std::string (*of)(const RunInfo&);
-  };
-  constexpr Fact facts[] = {
-      {"Device", [](const RunInfo& info) { return info.device.name; }},
-      {"Platform", [](const RunInfo& info) { return info.device.platform; }},
-      {"Driver", [](const RunInfo& info) { return info.device.driverVersion; }},
-      {"OpenCL", [](const RunInfo& info) { return info.device.version; }},
-      {"Floats", [](const RunInfo& info) { return CapabilitiesOf(info.device); }},
-      {"Host", [](const RunInfo& info) { return info.host; }},
-      {"Suite", [](const RunInfo& info) { return info.version; }},
-      {"Started", [](const RunInfo& info) { return info.start; }},
-      {"Command", [](const RunInfo& info) { return info.command; }},
-      {"Options", OptionsOf},
-  };
-  for (const Fact& fact : facts) {
+  std::vector<std::vector<RunFact>> facts;
+  for (const NamedRun& run : runs) facts.push_back(FactsOf(run.run.info));
+  for (std::size_t fact = 0; fact < facts.front().size(); ++fact) {
+    if (!facts.front()[fact].isBeside) continue;
     const pugi::xml_node line = Add(body, "tr");
-    Set(Add(line, "th", fact.name), "scope", "row");
-    for (const NamedRun& run : runs) Add(line, "td", text::PrintableLine(fact.of(run.run.info)));
+    Set(Add(line, "th", facts.front()[fact].name), "scope", "row");
+    for (const auto& of : facts) Add(line, "td", text::PrintableLine(of[fact].value));
   }
   for (const CategoryTraits& look : categories) {
     std::vector<std::ptrdiff_t> counts;
@@ -116,18 +102,17 @@ void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
     if (std::ranges::all_of(counts, [](auto count) { return count == 0; })) continue;
     const pugi::xml_node line = Add(body, "tr");
     const pugi::xml_node heading = Set(Add(line, "th"), "scope", "row");
-    AddBadge(heading, look);
+    page::AddBadge(heading, MarkOf(look.category));
     for (const auto count : counts) AddClassed(line, "td", "number", fmt::format("{}", count));
   }
 }
 
 }  // namespace
 
-void AddComparison(pugi::xml_node header, pugi::xml_node main, pugi::xml_node contents,
-                   const std::vector<NamedRun>& runs) {
+void AddComparison(page::Page& page, const std::vector<NamedRun>& runs) {
   const std::vector<ComparedRow> rows = Compare(runs);
-  AddClassed(header, "p", "verdict", SentenceOf(runs, rows));
-  AddRunsTable(AddSection(main, contents, "runs", "The runs"), runs, rows);
+  AddClassed(page.Header(), "p", "verdict", SentenceOf(runs, rows));
+  AddRunsTable(page.AddSection("runs", "The runs"), runs, rows);
 
   for (const Group& group : groups) {
     std::vector<const ComparedRow*> members;
@@ -135,7 +120,7 @@ void AddComparison(pugi::xml_node header, pugi::xml_node main, pugi::xml_node co
       if (row.comparison == group.comparison) members.push_back(&row);
     }
     if (members.empty()) continue;
-    const pugi::xml_node section = AddSection(main, contents, group.id, group.title);
+    const pugi::xml_node section = page.AddSection(group.id, group.title);
     AddClassed(section, "p", "lead",
                fmt::format("{}. {}", Counted(members.size(), "row"), group.meaning));
     const auto differs = [](const ComparedRow* row) { return !CameToTheSame(*row); };
@@ -145,19 +130,20 @@ void AddComparison(pugi::xml_node header, pugi::xml_node main, pugi::xml_node co
     if (same != members.begin()) AddTable(section, group.title, runs, {members.begin(), same});
     if (same != members.end()) {
       const auto count = static_cast<std::size_t>(members.end() - same);
-      AddTable(AddFolded(section, Counted(count, "row") + " that came to the same"),
+      AddTable(page::AddFolded(section, Counted(count, "row") + " that came to the same"),
                "Other data, the same end", runs, {same, members.end()});
     }
   }
 
-  const pugi::xml_node section = AddSection(main, contents, "all", "All rows");
+  const pugi::xml_node section = page.AddSection("all", "All rows");
   for (const char* operation : {"add", "copy", "floor", "multiply", "power"}) {
     std::vector<const ComparedRow*> members;
     for (const ComparedRow& row : rows) {
       if (row.name.starts_with(operation)) members.push_back(&row);
     }
     if (!members.empty())
-      AddTable(AddFolded(section, fmt::format("{}: {}", operation, Counted(members.size(), "row"))),
+      AddTable(page::AddFolded(section,
+                               fmt::format("{}: {}", operation, Counted(members.size(), "row"))),
                operation, runs, members);
   }
 }

@@ -64,7 +64,7 @@ void AddStores(pugi::xml_node parent, std::string_view name,
 
 void AddValues(pugi::xml_node parent, const std::vector<NamedValue>& values) {
   const pugi::xml_node table =
-      AddClassed(AddScrolled(parent, "Values of the lane"), "table", "values");
+      AddClassed(page::AddScrolled(parent, "Values of the lane"), "table", "values");
   AddClassed(table, "caption", "hidden",
              "What was read, what is right and what the device answered");
   const pugi::xml_node head = Add(Add(table, "thead"), "tr");
@@ -114,8 +114,9 @@ void AddOtherLanes(pugi::xml_node article, const std::vector<std::string>& other
                    std::string_view what) {
   if (others.empty()) return;
   const pugi::xml_node folded =
-      AddFolded(article, Counted(others.size(), fmt::format("more {}", what)));
-  const pugi::xml_node list = AddClassed(AddScrolled(folded, "The other lanes"), "ul", "plain");
+      page::AddFolded(article, Counted(others.size(), fmt::format("more {}", what)));
+  const pugi::xml_node list =
+      AddClassed(page::AddScrolled(folded, "The other lanes"), "ul", "plain");
   const std::size_t shown = std::min(others.size(), mostOtherLanes);
   for (std::size_t i = 0; i < shown; ++i) Add(Add(list, "li"), "code", others[i]);
   if (shown < others.size()) {

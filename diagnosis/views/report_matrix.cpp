@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "common/page/charts.h"
 #include "diagnosis/record/row_facts.h"
 #include "diagnosis/views/report_parts.h"
 
@@ -14,14 +15,13 @@ namespace diagnosis {
 namespace {
 
 constexpr std::string_view operations[] = {"add", "copy", "floor", "multiply", "power"};
+// In the order of the page's lines.
 constexpr Shape shapes[] = {Shape::scalar,  Shape::arrays,  Shape::vector2, Shape::vector3,
                             Shape::vector4, Shape::vector8, Shape::vector16};
-// By Shape and by ElementType.
-constexpr std::string_view shapeNames[] = {"array",    "scalar",   "vector 2", "vector 3",
-                                           "vector 4", "vector 8", "vector 16"};
-constexpr std::string_view shapeTitles[] = {"array of four", "scalar",      "vector of 2",
-                                            "vector of 3",   "vector of 4", "vector of 8",
-                                            "vector of 16"};
+constexpr page::Heading shapeNames[] = {{"scalar", "scalar"},         {"array", "array of four"},
+                                        {"vector 2", "vector of 2"},  {"vector 3", "vector of 3"},
+                                        {"vector 4", "vector of 4"},  {"vector 8", "vector of 8"},
+                                        {"vector 16", "vector of 16"}};
 constexpr std::string_view elementNames[] = {"int", "uint", "short", "ushort", "char", "uchar"};
 
 constexpr std::size_t Index(auto enumerator) { return static_cast<std::size_t>(enumerator); }
@@ -34,9 +34,9 @@ std::uint64_t ToleranceOf(std::string_view row) {
 using Place = std::pair<Shape, std::size_t>;  // and element type
 using Cells = std::map<Place, const RowResult*>;
 
-std::map<std::string_view, Cells> ByOperation(const std::vector<RowResult>& outcomes) {
+std::map<std::string_view, Cells> ByOperation(const std::vector<RowResult>& results) {
   std::map<std::string_view, Cells> cells;
-  for (const RowResult& outcome : outcomes) {
+  for (const RowResult& outcome : results) {
     const std::optional<Row> row = RowNamed(outcome.record->row);
     if (!row) continue;
     cells[operations[Index(row->operation)]][{row->shape, Index(row->elementType)}] = &outcome;
@@ -45,65 +45,38 @@ std::map<std::string_view, Cells> ByOperation(const std::vector<RowResult>& outc
 }
 
 // A table of shapes by element types for each operation, its cells filled by `fill(cell, outcome)`.
-void AddTables(pugi::xml_node section, const std::vector<RowResult>& outcomes,
-               std::string_view what, std::string_view (*note)(std::string_view), auto fill) {
+void AddTables(pugi::xml_node section, const std::vector<RowResult>& results, std::string_view what,
+               std::string_view (*note)(std::string_view), auto fill) {
   const pugi::xml_node tables = AddClassed(section, "div", "tables");
-  const auto byOperation = ByOperation(outcomes);
-  for (const std::string_view operation : operations) {
-    const auto found = byOperation.find(operation);
-    if (found == byOperation.end()) continue;
-    const pugi::xml_node table = AddClassed(tables, "table", "matrix");
-    const pugi::xml_node caption = Add(table, "caption");
-    Add(caption, "strong", operation);
-    AddClassed(caption, "span", "hidden", fmt::format(": {} by shape and element type", what));
-    if (const std::string_view more = note(operation); !more.empty())
-      AddClassed(caption, "span", "note", fmt::format(" {}", more));
-    const pugi::xml_node head = Add(Add(table, "thead"), "tr");
-    AddClassed(Set(Add(head, "th"), "scope", "col"), "span", "hidden", "shape");
-    for (const std::string_view name : elementNames) Set(Add(head, "th", name), "scope", "col");
-    const pugi::xml_node body = Add(table, "tbody");
-    for (const Shape shape : shapes) {
-      const pugi::xml_node line = Add(body, "tr");
-      const pugi::xml_node heading = Set(Add(line, "th"), "scope", "row");
-      Set(Add(heading, "span", shapeNames[Index(shape)]), "title", shapeTitles[Index(shape)]);
-      for (std::size_t element = 0; element < std::size(elementNames); ++element) {
-        const pugi::xml_node cell = Add(line, "td");
-        const auto at = found->second.find({shape, element});
-        if (at == found->second.end()) {
-          Set(cell, "class", "blank");
-          AddClassed(cell, "span", "hidden", "not selected");
-        } else {
-          fill(cell, *at->second);
-        }
-      }
-    }
+  for (const auto& [operation, cells] : ByOperation(results)) {
+    page::AddGrid(tables,
+                  {operation, fmt::format("{} by shape and element type", what), note(operation),
+                   "shape", elementNames, shapeNames},
+                  [&](pugi::xml_node cell, std::size_t line, std::size_t column) {
+                    const auto at = cells.find({shapes[line], column});
+                    if (at == cells.end()) return page::MakeBlank(cell, "not selected");
+                    fill(cell, *at->second);
+                  });
   }
 }
 
 // Where what stands in a cell goes: the way to the row's section, if it has one.
 pugi::xml_node Inside(pugi::xml_node cell, const RowResult& outcome) {
-  if (!HasSection(outcome)) return Add(cell, "span");
-  return AddLink(cell, IdOfRow(outcome.record->row));
+  if (!HasArticle(outcome)) return Add(cell, "span");
+  return page::AddLink(cell, IdOfRow(outcome.record->row));
 }
 
 void FillKind(pugi::xml_node cell, const RowResult& outcome) {
-  const CategoryTraits& look = TraitsOf(outcome.category);
-  Set(cell, "class", look.style);
+  const page::Mark mark = MarkOf(outcome.category);
+  Set(cell, "class", mark.style);
   const pugi::xml_node inside = Set(Inside(cell, outcome), "title", outcome.record->row);
-  AddSign(inside, look);
+  page::AddSign(inside, mark);
   if (const std::size_t wrong = outcome.opinion.wrong.size(); wrong > 0)
     Set(AddClassed(inside, "span", "lanes", fmt::format("{}", wrong)), "aria-hidden", "true");
   AddClassed(inside, "span", "hidden", SummaryOf(outcome));
 }
 
-// How a distance looks, in the order of the legend.
-struct Shade {
-  const char* style;
-  const char* sign;
-  const char* example;
-  const char* meaning;
-};
-constexpr Shade shades[] = {
+constexpr page::Shade shades[] = {
     {"exact", "", "0", "the right answer in every lane"},
     {"near", "", "5", "within what OpenCL allows"},
     {"far", "", "12", "within it, but more than half of it"},
@@ -134,8 +107,8 @@ void FillDistance(pugi::xml_node cell, const RowResult& outcome) {
     shade = 2 * ulps > allowed ? 2 : 1;
   }
   Set(cell, "class", shades[shade].style);
-  if (*shades[shade].sign != '\0') Add(inside, "span", shades[shade].sign);
-  Add(inside, "span", noNumber ? "NaN" : ShortUlps(ulps));
+  if (!shades[shade].sign.empty()) Add(inside, "span", shades[shade].sign);
+  Add(inside, "span", noNumber ? "NaN" : page::ShortNumber(ulps));
 }
 
 std::string_view NoNote(std::string_view) { return ""; }
@@ -146,42 +119,26 @@ std::string_view Allowed(std::string_view operation) {
   return "both allow 0";
 }
 
-}  // namespace
-
-void AddLegend(pugi::xml_node section, const std::vector<RowResult>& outcomes) {
-  const pugi::xml_node list = AddClassed(section, "ul", "legend");
-  for (const CategoryTraits& look : categories) {
-    const auto count = std::ranges::count(outcomes, look.category, &RowResult::category);
-    if (count == 0) continue;
-    const pugi::xml_node item = Add(list, "li");
-    AddSign(AddClassed(item, "span", fmt::format("chip {}", look.style)), look);
-    const pugi::xml_node words = Add(item, "span");
-    Add(words, "strong", fmt::format("{} {}", count, look.name));
-    AddClassed(words, "span", "note", fmt::format(" {}", look.meaning));
-  }
-}
-
-void AddMatrix(pugi::xml_node section, const std::vector<RowResult>& outcomes) {
+void AddMatrix(pugi::xml_node section, const Analysis& analysis) {
   AddClassed(
       section, "p", "lead",
       "Of a cell\u2019s two signs the first is the suite\u2019s verdict, the second "
       "OpenCL\u2019s; the number below counts the wrong lanes of the row\u2019s repetitions.");
-  AddTables(section, outcomes, "verdicts", NoNote, FillKind);
+  AddTables(section, analysis.rows, "verdicts", NoNote, FillKind);
 }
 
-void AddDistances(pugi::xml_node section, const std::vector<RowResult>& outcomes) {
+void AddDistances(pugi::xml_node section, const Analysis& analysis) {
   AddClassed(section, "p", "lead",
              "The greatest distance of any lane from an answer that is right, in units in the last "
              "place.");
-  const pugi::xml_node legend = AddClassed(section, "ul", "legend");
-  for (const Shade& shade : shades) {
-    const pugi::xml_node item = Add(legend, "li");
-    Set(AddClassed(item, "span", fmt::format("chip {}", shade.style),
-                   fmt::format("{} {}", shade.sign, shade.example)),
-        "aria-hidden", "true");
-    AddClassed(item, "span", "note", shade.meaning);
-  }
-  AddTables(section, outcomes, "greatest distances", Allowed, FillDistance);
+  page::AddShades(section, shades);
+  AddTables(section, analysis.rows, "greatest distances", Allowed, FillDistance);
 }
+
+}  // namespace
+
+const Section sections::matrix = {"matrix", "The matrix", false, AddMatrix};
+const Section sections::distances = {"distances", "Distance from the right answer", false,
+                                     AddDistances};
 
 }  // namespace diagnosis

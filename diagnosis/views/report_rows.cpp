@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/text/text.h"
+#include "diagnosis/views/report.h"
 #include "diagnosis/views/report_parts.h"
 #include "diagnosis/views/reproduce.h"
 
@@ -14,7 +15,9 @@ namespace diagnosis {
 
 namespace {
 
-constexpr std::size_t mostNames = 24;
+// Half a megabyte is enough for all that is on the page beside the rows.
+constexpr std::size_t mostBytesOfRows = mostBytesOfPage - (std::size_t{1} << 19);
+constexpr char inRecords[] = "the records hold them";
 constexpr std::size_t mostBytesOfReproducer = 64 << 10;
 
 // The blanks behind a kernel's lines fill the page with nothing.
@@ -45,7 +48,7 @@ void AddSuspectsOf(pugi::xml_node article, const Record& record, const Suspects&
         named.size() > 1 ? Add(list, "li") : Add(article, "p", "Explained by ");
     const bool listed =
         std::ranges::find(suspects.fewest, suspect.name, &Suspect::name) != suspects.fewest.end();
-    Add(listed ? AddLink(line, IdOfSuspect(suspect.name)) : line, "code", suspect.name);
+    Add(listed ? page::AddLink(line, IdOfSuspect(suspect.name)) : line, "code", suspect.name);
     AddText(line, fmt::format(": {}", suspect.meaning));
   }
 }
@@ -88,30 +91,29 @@ void AddFoldedParts(pugi::xml_node article, const Record& record, const Device& 
       {"What the driver wrote", &record.driver},
   };
   for (const auto& [title, text] : written) {
-    if (!text->empty()) AddVerbatim(AddFolded(article, title), title, *text);
+    if (!text->empty()) page::AddVerbatim(page::AddFolded(article, title), title, *text, inRecords);
   }
   if (!record.source.empty())
-    AddVerbatim(AddFolded(article, "Kernel text"), "Kernel text",
-                WithoutBlanksAtEnds(record.source));
+    page::AddVerbatim(page::AddFolded(article, "Kernel text"), "Kernel text",
+                      WithoutBlanksAtEnds(record.source), inRecords);
   const std::string reproducer = ReproducerOf(record, device, suspects);
-  const pugi::xml_node folded = AddFolded(article, "Reproducer, in C");
+  const pugi::xml_node folded = page::AddFolded(article, "Reproducer, in C");
   if (reproducer.size() > mostBytesOfReproducer) {
     AddClassed(folded, "p", "note",
                fmt::format("Too long for this page; triage reproduce {} writes it.", record.row));
   } else {
-    Add(AddScrolled(folded, "Reproducer"), "pre", reproducer);
+    Add(page::AddScrolled(folded, "Reproducer"), "pre", reproducer);
   }
 }
 
 void AddHeadline(pugi::xml_node article, const RowResult& outcome) {
   const Record& record = *outcome.record;
-  const CategoryTraits& look = TraitsOf(outcome.category);
   const std::string heading = fmt::format("{}-heading", record.row);
   Set(article, "id", IdOfRow(record.row));
   Set(article, "aria-labelledby", heading);
   const pugi::xml_node line = AddClassed(article, "div", "headline");
   Set(Add(line, "h3", record.row), "id", heading);
-  AddBadge(line, look);
+  page::AddBadge(line, MarkOf(outcome.category));
   Set(AddClassed(line, "a", "back", "to the matrix"), "href", "#matrix");
   Add(article, "p", SummaryOf(outcome) + ".");
 }
@@ -133,57 +135,21 @@ pugi::xml_node AddRow(pugi::xml_node section, const RowResult& outcome, const Ru
   return article;
 }
 
-}  // namespace
-
-void AddSuspects(pugi::xml_node section, const Suspects& suspects) {
-  if (suspects.fewest.empty()) {
-    AddClassed(section, "p", "lead", "No lane is wrong, so there is nothing to suspect.");
-    return;
-  }
-  AddClassed(
-      section, "p", "lead",
-      "The fewest that explain these rows: each predicts every lane of its rows, the wrong ones "
-      "and the right ones.");
-  for (const Suspect& suspect : suspects.fewest) {
-    const pugi::xml_node article =
-        Set(AddClassed(section, "article", "suspect"), "id", IdOfSuspect(suspect.name));
-    const pugi::xml_node line = AddClassed(article, "div", "headline");
-    Add(Add(line, "h3"), "code", suspect.name);
-    AddClassed(line, "span", "note", Counted(suspect.rows.size(), "row"));
-    Add(article, "p", suspect.meaning);
-    if (!suspect.alike.empty()) {
-      const pugi::xml_node alike = Add(article, "p", "The data can\u2019t tell it from ");
-      for (std::size_t i = 0; i < suspect.alike.size(); ++i) {
-        if (i > 0) AddText(alike, i + 1 == suspect.alike.size() ? " or " : ", ");
-        Add(alike, "code", suspect.alike[i]);
-      }
-      AddText(alike, ".");
-    }
-    const pugi::xml_node place =
-        suspect.rows.size() > mostNames
-            ? AddFolded(article, "Its " + Counted(suspect.rows.size(), "row"))
-            : article;
-    const pugi::xml_node list = AddClassed(place, "ul", "names");
-    for (const std::string& row : suspect.rows) AddLink(Add(list, "li"), IdOfRow(row), row);
-  }
-}
-
-void AddRows(pugi::xml_node section, const Run& run, const std::vector<RowResult>& outcomes,
-             const Suspects& suspects, std::size_t mostBytes) {
+void AddRows(pugi::xml_node section, const Analysis& analysis) {
   // A row's headline has room in any case: its size is bounded, and so is the number of rows.
   constexpr std::size_t mostBytesOfHeadline = 2 << 10;
-  const auto count = static_cast<std::size_t>(std::ranges::count_if(outcomes, HasSection));
-  std::size_t left = mostBytes - std::min(mostBytes, count * mostBytesOfHeadline);
-  for (const RowResult& outcome : outcomes) {
-    if (!HasSection(outcome)) continue;
-    pugi::xml_node article = AddRow(section, outcome, run.info, suspects);
-    std::size_t size = SizeOf(article);
+  const auto count = static_cast<std::size_t>(std::ranges::count_if(analysis.rows, HasArticle));
+  std::size_t left = mostBytesOfRows - std::min(mostBytesOfRows, count * mostBytesOfHeadline);
+  for (const RowResult& outcome : analysis.rows) {
+    if (!HasArticle(outcome)) continue;
+    pugi::xml_node article = AddRow(section, outcome, analysis.run->info, analysis.suspects);
+    std::size_t size = page::SizeOf(article);
     if (size > left) {
       while (const pugi::xml_node folded = article.child("details")) article.remove_child(folded);
       AddClassed(article, "p", "note",
                  "The page is full, so texts, logs and the reproducer are left out here; triage "
                  "explain and triage reproduce print them.");
-      size = SizeOf(article);
+      size = page::SizeOf(article);
     }
     if (size > left) {
       section.remove_child(article);
@@ -195,5 +161,9 @@ void AddRows(pugi::xml_node section, const Run& run, const std::vector<RowResult
     left -= size;
   }
 }
+
+}  // namespace
+
+const Section sections::rows = {"rows", "Row by row", true, AddRows};
 
 }  // namespace diagnosis

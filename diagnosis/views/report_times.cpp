@@ -1,7 +1,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <functional>
+#include <span>
 
+#include "common/page/charts.h"
 #include "diagnosis/views/report_parts.h"
 
 namespace diagnosis {
@@ -11,39 +14,23 @@ namespace {
 constexpr std::size_t slowestShown = 20;
 
 void AddTable(pugi::xml_node parent, std::string_view caption,
-              const std::vector<const Record*>& records, double longest) {
-  const pugi::xml_node table = AddClassed(parent, "table", "times");
-  AddClassed(table, "caption", "hidden", caption);
-  const pugi::xml_node head = Add(Add(table, "thead"), "tr");
-  for (const char* title : {"Row", "Build and run", "Build, s", "Total, s"})
-    Set(Add(head, "th", title), "scope", "col");
-  const pugi::xml_node body = Add(table, "tbody");
+              std::span<const Record* const> records, double longest) {
+  constexpr std::string_view titles[] = {"Row", "Build and run", "Build, s", "Total, s"};
+  std::vector<page::Bar> bars;
   for (const Record* record : records) {
     const double build = std::clamp(record->buildSeconds, 0.0, record->seconds);
-    const pugi::xml_node line = Add(body, "tr");
-    Set(Add(line, "th", record->row), "scope", "row");
-    const pugi::xml_node picture = Set(Add(Add(line, "td"), "svg"), "viewBox", "0 0 1000 10");
-    Set(Set(picture, "preserveAspectRatio", "none"), "aria-hidden", "true");
-    const auto bar = [&](const char* style, double from, double seconds) {
-      const pugi::xml_node rectangle = Set(Add(picture, "rect"), "class", style);
-      Set(rectangle, "x", fmt::format("{:.1f}", 1000 * from / longest));
-      Set(rectangle, "width", fmt::format("{:.1f}", 1000 * seconds / longest));
-      Set(rectangle, "height", "10");
-    };
-    bar("build", 0, build);
-    bar("run", build, record->seconds - build);
-    Add(line, "td", fmt::format("{:.3f}", build));
-    Add(line, "td", fmt::format("{:.3f}", record->seconds));
+    bars.push_back({record->row,
+                    {{"build", build}, {"run", record->seconds - build}},
+                    {fmt::format("{:.3f}", build), fmt::format("{:.3f}", record->seconds)}});
   }
+  page::AddBars(parent, caption, titles, bars, longest);
 }
 
-}  // namespace
-
-void AddTimes(pugi::xml_node section, const Run& run) {
+void AddTimes(pugi::xml_node section, const Analysis& analysis) {
   std::vector<const Record*> slowest;
   double total = 0;
   double build = 0;
-  for (const Record& record : run.records) {
+  for (const Record& record : analysis.run->records) {
     if (record.ending.kind == Ending::Kind::notRun || record.ending.kind == Ending::Kind::skipped ||
         !(record.seconds >= 0))
       continue;
@@ -66,13 +53,18 @@ void AddTimes(pugi::xml_node section, const Run& run) {
   AddText(lead, ".");
 
   const double longest = std::max(slowest.front()->seconds, 1e-9);
-  const auto shown = static_cast<std::ptrdiff_t>(std::min(slowest.size(), slowestShown));
-  AddTable(section, "The slowest rows", {slowest.begin(), slowest.begin() + shown}, longest);
+  const std::span all(slowest);
+  const std::size_t shown = std::min(slowest.size(), slowestShown);
+  AddTable(section, "The slowest rows", all.first(shown), longest);
   if (slowest.size() > slowestShown) {
     const pugi::xml_node folded =
-        AddFolded(section, "The other " + Counted(slowest.size() - slowestShown, "row"));
-    AddTable(folded, "The other rows", {slowest.begin() + shown, slowest.end()}, longest);
+        page::AddFolded(section, "The other " + Counted(slowest.size() - slowestShown, "row"));
+    AddTable(folded, "The other rows", all.subspan(shown), longest);
   }
 }
+
+}  // namespace
+
+const Section sections::times = {"times", "Where the time went", false, AddTimes};
 
 }  // namespace diagnosis

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace diagnosis {
+namespace page {
 namespace {
 
 TEST(Html, KeepsTextText) {
@@ -43,4 +43,4 @@ TEST(Html, EndsEveryElementButTheVoidOnes) {
 }
 
 }  // namespace
-}  // namespace diagnosis
+}  // namespace page
