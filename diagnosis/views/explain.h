@@ -54,6 +54,12 @@ struct Explanation {
 
 Explanation Explain(const Record& record, const Device& device, const Suspects& suspects);
 
+/// How far the answer is from a right one: "3 units in the last place off", "a NaN".
+std::string DistanceOf(const WrongLane& lane);
+
+/// "repetition 1, element 2, lane 3".
+std::string WhereOf(int repetition, int element, int lane);
+
 /// The explanation as `triage explain` prints it, line ends included, with no more than
 /// `mostOthers` of the other lanes.
 std::string TextOf(const Explanation& explanation, std::size_t mostOthers = 40);
