@@ -49,14 +49,15 @@ void AddTables(pugi::xml_node section, const std::vector<RowResult>& results, st
                std::string_view (*note)(std::string_view), auto fill) {
   const pugi::xml_node tables = AddClassed(section, "div", "tables");
   for (const auto& [operation, cells] : ByOperation(results)) {
-    page::AddGrid(tables,
-                  {operation, fmt::format("{} by shape and element type", what), note(operation),
-                   "shape", elementNames, shapeNames},
-                  [&](pugi::xml_node cell, std::size_t line, std::size_t column) {
-                    const auto at = cells.find({shapes[line], column});
-                    if (at == cells.end()) return page::MakeBlank(cell, "not selected");
-                    fill(cell, *at->second);
-                  });
+    page::AddGrid(
+        tables,
+        {operation, fmt::format("{} by shape and element type", what), note(operation), "shape",
+         elementNames, shapeNames},
+        [&fill, &cells = cells](pugi::xml_node cell, std::size_t line, std::size_t column) {
+          const auto at = cells.find({shapes[line], column});
+          if (at == cells.end()) return page::MakeBlank(cell, "not selected");
+          fill(cell, *at->second);
+        });
   }
 }
 
