@@ -1,0 +1,1 @@
+#include "exploration/features/features.h"

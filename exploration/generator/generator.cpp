@@ -1,0 +1,1 @@
+#include "exploration/generator/generator.h"
