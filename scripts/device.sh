@@ -30,8 +30,12 @@ device_option() {
     --keep-denormals) set_device simulated && keep_denormals=1 ;;
     --as-gpu) set_device as_gpu ;;
     --list-devices) wants_list=yes ;;
-    --platform=?*) wanted_platform=${1#*=} ;;
-    --device=?*) wanted_device=${1#*=} ;;
+    --platform=?* | --device=?*)
+      local wanted=wanted_${1%%=*}
+      wanted=${wanted/--/}
+      [[ -z ${!wanted} ]] || fail "${1%%=*} stands more than once" 2
+      printf -v "$wanted" %s "${1#*=}"
+      ;;
     --platform | --device)
       device_option "$1=${2-}"
       taken=2

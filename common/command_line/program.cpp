@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "common/command_line/arguments.h"
 #include "common/command_line/manual.h"
 #include "common/text/bad_use.h"
 #include "common/text/text.h"
@@ -26,34 +27,6 @@ const char* Said(const Program& program, std::string_view what) {
   std::string name = program.name;
   std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
   return std::getenv(fmt::format("{}_{}", name, what).c_str());
-}
-
-// The library would take the next word for the value of an option that ends in "=".
-std::vector<std::string> WithEmptyValues(const std::vector<std::string>& arguments) {
-  std::vector<std::string> words;
-  bool areOptions = true;
-  for (const std::string& argument : arguments) {
-    areOptions = areOptions && argument != "--";
-    if (areOptions && argument.size() > 3 && argument.starts_with("--") &&
-        argument.ends_with('=')) {
-      words.push_back(argument.substr(0, argument.size() - 1));
-      words.emplace_back();
-    } else {
-      words.push_back(argument);
-    }
-  }
-  return words;
-}
-
-std::vector<std::string> WithCommand(const Program& program, std::vector<std::string> arguments) {
-  const auto isCommand = [&program](const std::string& word) {
-    return word == "-h" || word == "--help" || word == "--version" || word == "manual" ||
-           std::ranges::any_of(program.commands,
-                               [&word](const Command* command) { return word == command->name; });
-  };
-  if (arguments.empty() || !isCommand(arguments.front()))
-    arguments.insert(arguments.begin(), program.usualCommand);
-  return arguments;
 }
 
 // The examples behind what the command says itself.
@@ -79,7 +52,7 @@ void Run(const Program& program, std::vector<std::string> arguments, Call& call)
   }
   if (arguments.size() == 1 && arguments.front() == "manual") return Print(ManualOf(program, app));
 
-  arguments = WithCommand(program, WithEmptyValues(arguments));
+  arguments = Arranged(program, app, std::move(arguments));
   // The library takes them from the back.
   std::ranges::reverse(arguments);
   try {
@@ -90,7 +63,9 @@ void Run(const Program& program, std::vector<std::string> arguments, Call& call)
   } catch (const CLI::CallForVersion&) {
     Print(version + "\n");
   } catch (const CLI::ParseError& error) {
-    throw text::BadUse(error.what());
+    throw text::BadUse(RefusalOf(app, error.what()));
+  } catch (const text::BadUse& refusal) {
+    throw text::BadUse(RefusalOf(app, refusal.what()));
   }
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "common/command_line/options.h"
 #include "diagnosis/commands/command.h"
 
 namespace diagnosis {
@@ -27,8 +28,12 @@ int CompareRuns(const Options& options) {
 
 void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
-  app.add_option("A", options->before, "Folder that the first run was written into")->required();
-  app.add_option("B", options->after, "Folder that the second run was written into")->required();
+  app.add_option("A", options->before, "Folder that the first run was written into")
+      ->required()
+      ->check(command_line::NotEmpty());
+  app.add_option("B", options->after, "Folder that the second run was written into")
+      ->required()
+      ->check(command_line::NotEmpty());
   app.callback([options, &call] { call.status = CompareRuns(*options); });
 }
 

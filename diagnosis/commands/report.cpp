@@ -29,7 +29,8 @@ void AddTo(CLI::App& app, command_line::Call&) {
   const auto options = std::make_shared<Options>();
   app.add_option("DIR", options->folders,
                  "Folder that a run was written into; the first is compared to")
-      ->required();
+      ->required()
+      ->check(command_line::NotEmpty());
   app.add_option("-o,--output", options->file, "The page; standard output if none is given")
       ->type_name("FILE")
       ->check(command_line::NotEmpty());

@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 
 #include "common/text/bad_use.h"
 #include "common/text/configuration_lines.h"
+#include "common/text/nearest.h"
 #include "common/text/text.h"
 #include "harness/rows.h"
 
@@ -23,12 +25,19 @@ std::vector<std::size_t> Matching(const std::string& pattern) {
   return matching;
 }
 
+std::string AdviceOnName(std::string_view name) {
+  std::vector<std::string_view> names;
+  for (const NamedRunner& row : rows) names.push_back(row.name);
+  const std::optional<std::string_view> nearest = text::Nearest(name, names);
+  return nearest ? fmt::format(": did you mean '{}'?", *nearest) : " ('triage list' names them)";
+}
+
 // What the caller may have meant: the rows whose names begin with it, or have it in them.
 std::string AdviceOn(const std::string& pattern) {
   for (const std::string& meant : {pattern + "_*", pattern + "*", "*" + pattern + "*"})
     if (!pattern.empty() && !Matching(meant).empty())
       return fmt::format(": did you mean '{}'?", text::PrintableLine(meant));
-  return " ('triage list' names them)";
+  return AdviceOnName(pattern);
 }
 
 }  // namespace
@@ -55,7 +64,7 @@ std::size_t RowCalled(std::string_view name) {
   const auto* const row = std::ranges::find(rows, name, &NamedRunner::name);
   if (row == std::end(rows))
     throw text::BadUse(
-        fmt::format("no row is called '{}' ('triage list' names them)", text::PrintableLine(name)));
+        fmt::format("no row is called '{}'{}", text::PrintableLine(name), AdviceOnName(name)));
   return static_cast<std::size_t>(row - std::begin(rows));
 }
 
