@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/text/bad_use.h"
+#include "diagnosis/record/run_folder.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -14,14 +15,6 @@ namespace {
 bool IsSame(const Job& one, const Job& other) {
   return one.row == other.row && one.buildOptions == other.buildOptions &&
          one.localSize == other.localSize && one.passes == other.passes;
-}
-
-Run ReadOrRefuse(const std::string& folder) {
-  try {
-    return ReadRun(folder);
-  } catch (const std::runtime_error& error) {
-    throw text::BadUse(error.what());
-  }
 }
 
 }  // namespace
@@ -62,7 +55,7 @@ Run RunOf(const std::vector<std::size_t>& rowsWanted, const std::string& folder,
     for (const std::size_t row : rowsWanted) jobs.emplace_back().row = row;
     return RunNow(jobs, options);
   }
-  Run run = ReadOrRefuse(folder);
+  Run run = OpenRun(folder);
   for (const std::size_t row : rowsWanted) {
     if (std::ranges::find(run.records, rows[row].name, &Record::row) == run.records.end())
       throw text::BadUse(folder + " has no record of " + std::string(rows[row].name));

@@ -8,22 +8,28 @@
 namespace diagnosis {
 namespace {
 
+/// The lowest one stays as it is.
+std::int64_t Negated(std::int64_t x) {
+  return static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(x));
+}
+
 std::int64_t Low24Bits(std::int64_t x, bool isSigned) {
   const std::int64_t low = x & 0xFFFFFF;
   return isSigned && (low & 0x800000) != 0 ? low - 0x1000000 : low;
 }
 
-/// A product as wide as it takes, which may be 65 bits with the sign.
-float ConvertedProduct(std::int64_t a, std::int64_t b, Rounding rounding) {
-  const auto magnitude = [](std::int64_t x) {
-    return x < 0 ? 0 - static_cast<std::uint64_t>(x) : static_cast<std::uint64_t>(x);
-  };
-  const std::uint64_t product = magnitude(a) * magnitude(b);
-  const bool negative = (a < 0) != (b < 0);
-  const bool isWide = product > INT64_MAX;
-  // Half of it, with a last bit that stands for all that is cut off: both round alike.
-  const auto half = static_cast<std::int64_t>(isWide ? product >> 1 | (product & 1U) : product);
-  return Converted(negative ? -half : half, rounding) * (isWide ? 2.0F : 1.0F);
+/// As wide as the sum or the product of two integers of 64 bits can be.
+__extension__ using Wide = __int128;
+
+/// An integer of any width as a float.
+float ConvertedWide(Wide x, Rounding rounding) {
+  float scale = 1;
+  while (x > INT64_MAX || x < INT64_MIN) {
+    // Half of it, with a last bit that stands for all that is cut off: both round alike.
+    x = x >> 1 | (x & 1);
+    scale *= 2;
+  }
+  return Converted(static_cast<std::int64_t>(x), rounding) * scale;
 }
 
 /// `x` without its `count` lowest bits, or rounded so that they are not needed.
@@ -87,9 +93,8 @@ std::optional<Operand> Read(const RowData& data, const Reading& reading, bool is
   }
   const bool isSigned =
       reading.sign == Sign::own ? data.row.isSigned : reading.sign == Sign::isSigned;
-  const auto signBit = std::int64_t{1} << (8 * width - 1);
-  const auto value = static_cast<std::int64_t>(bits);
-  operand.integer = isSigned ? (value ^ signBit) - signBit : value;
+  const std::uint64_t signBit = std::uint64_t{1} << (8 * width - 1);
+  operand.integer = static_cast<std::int64_t>(isSigned ? (bits ^ signBit) - signBit : bits);
   return operand;
 }
 
@@ -104,7 +109,7 @@ float Convert(const Operand& operand, Conversion conversion, Rounding rounding) 
     case Conversion::low24BitsSigned:
       return Converted(Low24Bits(x, true), rounding);
     case Conversion::low24BitsOfMagnitude:
-      return Converted(x < 0 ? -Low24Bits(-x, false) : Low24Bits(x, false), rounding);
+      return Converted(x < 0 ? -Low24Bits(Negated(x), false) : Low24Bits(x, false), rounding);
     case Conversion::throughHalf:
       return ThroughHalf(Converted(x, rounding));
     case Conversion::saturatedToInt:
@@ -120,11 +125,11 @@ float Convert(const Operand& operand, Conversion conversion, Rounding rounding) 
     case Conversion::leftOut:
       return std::bit_cast<float>(static_cast<std::uint32_t>(x));
     case Conversion::complemented:
-      return Converted(-x - 1, rounding);
+      return Converted(~x, rounding);
     case Conversion::truth:
       return x != 0 ? 1.0F : 0.0F;
     case Conversion::positive:
-      return Converted(std::abs(x), rounding);
+      return ConvertedWide(x < 0 ? -Wide{x} : Wide{x}, rounding);
   }
   return Converted(x, rounding);
 }
@@ -139,8 +144,8 @@ RightAnswers InIntegers(Operation operation, std::int64_t a, std::int64_t b,
                         const FloatMode& mode) {
   const std::uint32_t low = LowBits(operation, a, b);
   RightAnswers answers;
-  answers.Add(operation == Operation::add ? Converted(a + b, mode.conversion)
-                                          : ConvertedProduct(a, b, mode.conversion));
+  const Wide wide = operation == Operation::add ? Wide{a} + b : Wide{a} * b;
+  answers.Add(ConvertedWide(wide, mode.conversion));
   answers.Add(Converted(static_cast<std::int32_t>(low), mode.conversion));
   answers.Add(Converted(low, mode.conversion));
   return answers;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // What a row leaves behind: everything that went over the boundary between the suite and OpenCL,
@@ -101,8 +102,14 @@ struct RunInfo {
 
 struct Run {
   RunInfo info;
-  std::vector<Record> records;  // in the order of the matrix
+  std::vector<Record> records;            // in the order of the matrix
+  std::vector<std::string> damages = {};  // what could not be read, a line each
 };
+
+/// What no row can have left behind, in half a line ("repetitions[3].result has 12 bytes in place
+/// of 320"); empty if nothing is. Views rely on it: the bytes of a repetition are either all there
+/// or none is.
+std::string FaultIn(const Record& record);
 
 /// A record as one line of JSON without its end, bytes in base64. What the driver printed need not
 /// be UTF-8.
@@ -111,9 +118,13 @@ std::string ToJson(const Record& record);
 /// run.json.
 std::string ToJson(const RunInfo& info);
 
-/// The run that was written into `folder` as run.json and records.jsonl. Throws std::runtime_error
-/// with one line for a person if they are not there, damaged, or of another version. A run that was
-/// cut off is read as far as it came; its other rows are there as not run.
-Run ReadRun(const std::string& folder);
+/// The record of such a line. Throws std::runtime_error with half a line that says what in it is
+/// damaged, and at which byte if it is no JSON; FaultIn finds nothing in what it returns.
+Record RecordFromJson(std::string_view line);
+
+/// What run.json says. Throws as RecordFromJson does if it is no JSON, of another format, or does
+/// not say what the device can do; other members that are damaged are named in `damages`, and have
+/// their defaults.
+RunInfo RunInfoFromJson(std::string_view text, std::vector<std::string>& damages);
 
 }  // namespace diagnosis

@@ -1,13 +1,11 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <concepts>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 #include <type_traits>
 
@@ -208,6 +206,7 @@ struct Reader {
       if (!json.is_array()) throw Damage(" is not a list");
       for (std::size_t i = 0; i < json.size(); ++i) {
         try {
+          if constexpr (std::same_as<Value, std::vector<Record>>) RefuseNested(json[i]);
           Read(json[i], value.emplace_back());
         } catch (const Damage& damage) {
           throw damage.Within(fmt::format("[{}]", i));
@@ -218,6 +217,12 @@ struct Reader {
       Reader reader{json};
       Members(reader, value);
     }
+  }
+
+  // A row that is run again is so once: there is one level and no depth.
+  static void RefuseNested(const Json& record) {
+    if (record.is_object() && record.contains("again") && !record["again"].empty())
+      throw Damage(".again is not empty");
   }
 
   template <class Value>
@@ -241,38 +246,41 @@ Json WithFormat(const auto& value) {
   return json;
 }
 
-// Reads `text`, which stands at `place`, into `value`.
-void ReadAt(const std::string& place, std::string_view text, auto& value) {
-  const Json json = Json::parse(text, nullptr, false);
-  if (!json.is_object()) throw std::runtime_error(place + ": this is not a whole JSON object");
+// The members of a text that is JSON. Throws a Damage that says at which byte it ceases to be.
+Json Parsed(std::string_view text) {
+  Json json;
   try {
-    int format = 0;
-    Reader reader{json};
-    reader("format", format);
-    if (format != currentFormat)
-      throw Damage(
-          fmt::format("this is of format {}, and only {} can be read", format, currentFormat));
-    Members(reader, value);
-  } catch (const Damage& damage) {
-    throw std::runtime_error(place + ": " + damage.what());
+    json = Json::parse(text);
+  } catch (const Json::parse_error& error) {
+    throw Damage(fmt::format("byte {}: this is not a whole JSON object", error.byte));
   }
+  if (!json.is_object()) throw Damage("byte 1: this is not a whole JSON object");
+  int format = 0;
+  Reader reader{json};
+  reader("format", format);
+  if (format != currentFormat)
+    throw Damage(
+        fmt::format("this is of format {}, and only {} can be read", format, currentFormat));
+  return json;
 }
 
-std::ifstream Opened(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  // A folder can be opened, but not read.
-  if (!file || !std::filesystem::is_regular_file(path))
-    throw std::runtime_error(path + ": there is no such file, or it cannot be read");
-  return file;
-}
+// Takes the default for a member that is damaged, and goes on: but for the device, without which
+// nothing can be judged.
+struct ForgivingReader {
+  Reader reader;
+  std::vector<std::string>& damages;
 
-Record NotReached(const RunInfo& info, const std::string& row) {
-  Record record;
-  record.row = row;
-  const bool running = std::ranges::find(info.running, row) != info.running.end();
-  record.ending.reason = running ? "the run was cut off in mid-row" : "the run was cut off";
-  return record;
-}
+  template <class Value>
+  void operator()(const char* name, Value& value) {
+    try {
+      reader(name, value);
+    } catch (const Damage& damage) {
+      if constexpr (std::same_as<Value, Device>) throw;
+      value = Value();
+      damages.emplace_back(damage.what());
+    }
+  }
+};
 
 }  // namespace
 
@@ -291,42 +299,21 @@ std::string ToJson(const RunInfo& info) {
   return json.dump(2) + "\n";
 }
 
-Run ReadRun(const std::string& folder) {
-  Run run;
-  const std::string infoPath = folder + "/run.json";
-  std::ifstream infoFile = Opened(infoPath);
-  ReadAt(infoPath, std::string(std::istreambuf_iterator<char>(infoFile), {}), run.info);
+Record RecordFromJson(std::string_view line) {
+  const Json json = Parsed(line);
+  Record record;
+  Reader reader{json};
+  Members(reader, record);
+  if (const std::string fault = FaultIn(record); !fault.empty()) throw Damage(fault);
+  return record;
+}
 
-  std::map<std::string, Record> records;
-  for (const std::string& row : run.info.selected) {
-    if (!records.emplace(row, NotReached(run.info, row)).second)
-      throw std::runtime_error(infoPath +
-                               ": selected names a row twice: " + text::PrintableLine(row));
-  }
-
-  const std::string path = folder + "/records.jsonl";
-  std::ifstream file = Opened(path);
-  std::string line;
-  std::map<std::string, int> lines;
-  for (int number = 1; std::getline(file, line); ++number) {
-    // A line without its end is a row whose record was being written when the run was cut off.
-    if (file.eof()) break;
-    const std::string place = fmt::format("{}:{}", path, number);
-    Record record;
-    ReadAt(place, line, record);
-    const auto selected = records.find(record.row);
-    if (selected == records.end())
-      throw std::runtime_error(
-          place + ": run.json does not name this row: " + text::PrintableLine(record.row));
-    if (const auto [first, isFirst] = lines.emplace(record.row, number); !isFirst)
-      throw std::runtime_error(
-          fmt::format("{}: line {} is of the same row, {}", place, first->second, record.row));
-    selected->second = std::move(record);
-  }
-  if (file.bad()) throw std::runtime_error(path + ": it cannot be read");
-  for (const std::string& row : run.info.selected)
-    run.records.push_back(std::move(records.find(row)->second));
-  return run;
+RunInfo RunInfoFromJson(std::string_view text, std::vector<std::string>& damages) {
+  const Json json = Parsed(text);
+  RunInfo info;
+  ForgivingReader reader{{json}, damages};
+  Members(reader, info);
+  return info;
 }
 
 }  // namespace diagnosis

@@ -32,6 +32,9 @@ std::optional<Row> RowNamed(std::string_view name);
 /// The number of elements that a row fills, computes and compares.
 inline constexpr int elementsOfRow = 10;
 
+/// The number of elements that its buffers have room for.
+inline constexpr int elementsInBuffer = 256;
+
 /// Lane `lane` of the element member at the front of `element`.
 std::int64_t IntegerLane(const Row& row, std::span<const std::uint8_t> element, int lane);
 

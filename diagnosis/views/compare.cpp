@@ -10,9 +10,9 @@
 #include <set>
 #include <tuple>
 
-#include "common/text/bad_use.h"
 #include "common/text/text.h"
 #include "diagnosis/record/row.h"
+#include "diagnosis/record/run_folder.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -124,11 +124,7 @@ Comparison ComparisonOf(const RowResult& before, const RowResult& after) {
 std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders) {
   std::vector<NamedRun> runs;
   for (const std::string& folder : folders) {
-    try {
-      runs.push_back({folder, ReadRun(folder)});
-    } catch (const std::runtime_error& error) {
-      throw text::BadUse(error.what());
-    }
+    runs.push_back({folder, OpenRun(folder)});
   }
   return runs;
 }

@@ -4,8 +4,10 @@
 
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "diagnosis/localization/fit.h"
+#include "diagnosis/localization/steps.h"
 
 namespace diagnosis {
 namespace {
@@ -66,6 +68,39 @@ TEST(Fault, ComputesInIntegersAsWideAsItTakes) {
       }
     }
   }
+}
+
+TEST(Fault, ComputesWithTheWidestIntegers) {
+  constexpr std::int64_t least = INT64_MIN;
+  constexpr std::int64_t most = INT64_MAX;
+  const FloatMode mode;
+  const auto first = [&mode](Operation operation, std::int64_t a, std::int64_t b) {
+    return InIntegers(operation, a, b, mode).Floats().front().value;
+  };
+  EXPECT_EQ(first(Operation::add, most, most), 0x1p64F);
+  EXPECT_EQ(first(Operation::add, least, -1), -0x1p63F);
+  // A tie of 65 bits, and one more.
+  EXPECT_EQ(first(Operation::add, most, (std::int64_t{1} << 39) + 1), 0x1p63F);
+  EXPECT_EQ(first(Operation::add, most, (std::int64_t{1} << 39) + 2), 0x1.000002p63F);
+  EXPECT_EQ(first(Operation::multiply, least, least), 0x1p126F);
+  EXPECT_EQ(first(Operation::multiply, least, most), -0x1p126F);
+
+  const Operand lowest{true, least, 0};
+  const auto converted = [&lowest](Conversion conversion) {
+    return Convert(lowest, conversion, Rounding::toNearest);
+  };
+  EXPECT_EQ(converted(Conversion::positive), 0x1p63F);
+  EXPECT_EQ(converted(Conversion::complemented), 0x1p63F);
+  EXPECT_EQ(converted(Conversion::low24BitsOfMagnitude), 0);
+
+  // Eight bytes of a buffer, the highest bit alone.
+  const Row row = RowNamed("add_union_scalar_1").value();
+  Record record = RecordOf(row, 0, 0, 0);
+  record.repetitions[0].inputA[7] = 0x80;
+  const Device device;
+  const RowData data(row, record, device, OpinionOf(record, device));
+  for (const auto& [sign, integer] : {std::pair(Sign::isSigned, least), {Sign::isUnsigned, least}})
+    EXPECT_EQ(Read(data, {.width = 8, .sign = sign}, true, 0, 0, 0)->integer, integer);
 }
 
 }  // namespace

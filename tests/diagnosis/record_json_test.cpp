@@ -10,7 +10,8 @@
 #include <limits>
 #include <string>
 
-#include "diagnosis/record/record.h"
+#include "common/text/text.h"
+#include "diagnosis/record/run_folder.h"
 #include "diagnosis/verdict/ledger.h"
 
 namespace diagnosis {
@@ -33,11 +34,12 @@ Record FullRecord() {
   record.source = "__kernel void sum() {} // \"\\\t\n";
   record.kernel = "sum";
   record.buildLog = "warning: \xC3\xA9\xF0\x9F\x92\xA5 \xED\xA0\x80";
-  record.repetitions = {{Bytes(all.begin(), all.end()), {0}, true, {0xFF, 0xFE}, "RUN 1: PASSED\n"},
-                        {}};
-  record.behindA = {1, 2, 3, 4};
-  record.behindB = {1, 2, 3, 4, 5};
-  record.behindResult = {1, 2, 3, 4, 5, 6};
+  Bytes elements(all.begin(), all.end());
+  elements.resize(320, 0x7F);
+  record.repetitions = {{elements, Bytes(320, 0), true, Bytes(320, 0xFE), "RUN 1: PASSED\n"}, {}};
+  record.behindA = Bytes(7872, 1);
+  record.behindB = Bytes(7872, 2);
+  record.behindResult = Bytes(7872, 3);
   record.launches = 2;
   record.randDrawn = true;
   record.failedCalls = {{"clReleaseKernel", std::numeric_limits<std::int32_t>::min(), 2}};
@@ -74,7 +76,7 @@ class Folder : public testing::Test {
     info.device.platform = "P\xFF";
     info.device.singleFpConfig = 0x86;
     info.expected = {{"floor_union_scalar_1", "Fail"}};
-    info.selected = {"add_union_vector3_6", "copy_union_scalar_1", "floor_union_scalar_1"};
+    info.selected = {"add_union_vector3_6", "add_union_vector3_5", "floor_union_scalar_1"};
     std::filesystem::create_directory(path);
   }
   ~Folder() override { std::filesystem::remove_all(path); }
@@ -101,7 +103,7 @@ class Folder : public testing::Test {
 
 TEST_F(Folder, GivesBackWhatWasWritten) {
   Record other = FullRecord();
-  other.row = "copy_union_scalar_1";
+  other.row = "add_union_vector3_5";
   other.again.clear();
   Write("run.json", ToJson(info));
   // Rows end in any order.
@@ -117,58 +119,123 @@ TEST_F(Folder, GivesBackWhatWasWritten) {
   EXPECT_EQ(StatusOf(run.records[2]), Status::missing);
 }
 
-TEST_F(Folder, ReadsARunThatWasCutOff) {
-  info.running = {"copy_union_scalar_1"};
-  Write("run.json", ToJson(info));
-  const std::string line = ToJson(FullRecord()) + "\n";
-  Write("records.jsonl", line + line.substr(0, line.size() - 1));
-  const diagnosis::Run run = ReadRun(path);
-  ASSERT_EQ(run.records.size(), 3U);
-  EXPECT_EQ(run.records[1].ending.reason, "the run was cut off in mid-row");
-  EXPECT_EQ(run.records[2].ending.reason, "the run was cut off");
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  const std::size_t position = text.find(from);
+  EXPECT_NE(position, std::string::npos) << from;
+  return text.replace(position, from.size(), to);
 }
 
-TEST_F(Folder, SaysInOneLineWhatIsWrongAndWhere) {
-  const auto replaced = [](std::string text, const std::string& from, const std::string& to) {
-    const std::size_t position = text.find(from);
-    EXPECT_NE(position, std::string::npos) << from;
-    return text.replace(position, from.size(), to);
+// A run that was killed, and one that lost the end of its last line alone.
+TEST_F(Folder, ReadsARunThatWasCutOff) {
+  info.running = {"add_union_vector3_5"};
+  Write("run.json", ToJson(info));
+  const std::string line = ToJson(FullRecord());
+  const std::string next = Replaced(line, "add_union_vector3_6", "add_union_vector3_5");
+  Write("records.jsonl", line + "\n" + next.substr(0, 100));
+  const diagnosis::Run run = ReadRun(path);
+  ASSERT_EQ(run.records.size(), 3U);
+  ExpectSame(run.records[0], FullRecord());
+  EXPECT_EQ(run.records[1].ending.reason, "the run was cut off in mid-row");
+  EXPECT_EQ(run.records[2].ending.reason, "the run was cut off");
+  EXPECT_EQ(run.damages, std::vector<std::string>{
+                             path + "/records.jsonl:2: the line is cut off: byte 101: this is not "
+                                    "a whole JSON object"});
+
+  Write("records.jsonl", line);
+  const diagnosis::Run whole = ReadRun(path);
+  EXPECT_EQ(whole.damages, std::vector<std::string>());
+  ExpectSame(whole.records[0], FullRecord());
+}
+
+// What cannot be read of a run's files, and how many records can.
+TEST_F(Folder, ReadsWhatIsGoodAndNamesTheRest) {
+  info.end = "then";
+  const std::string infoText = ToJson(info);
+  const std::string good = ToJson(FullRecord()) + "\n";
+  Record copied;
+  copied.row = "add_union_vector3_5";
+  const std::string other = ToJson(copied) + "\n";
+  const auto damaged = [&good](const std::string& from, const std::string& to) {
+    return Replaced(good, from, to);
   };
+  const std::string bytes320 = text::ToBase64(Bytes(320, 0xFE));
+  struct {
+    std::string info, records, damage;
+    std::size_t read = 1;  // beside a damaged line is a good one
+  } const cases[] = {
+      {infoText, good + other, "", 2},
+      {infoText, "{\n" + other, "records.jsonl:1: byte 2: this is not a whole JSON object"},
+      {infoText, "\n" + other, "records.jsonl:1: byte 1: this is not a whole JSON object"},
+      {infoText, other + "[]\n", "records.jsonl:2: byte 1: this is not a whole JSON object"},
+      {infoText, other + std::string(100, '\0'),
+       "records.jsonl:2: the line is cut off: byte 1: this is not a whole JSON object"},
+      {infoText, other + damaged("\"source\":", "\"source\";"),
+       "records.jsonl:2: byte 133: this is not a whole JSON object"},
+      {infoText, damaged("\"format\":1", "\"format\":0") + other,
+       "records.jsonl:1: this is of format 0, and only 1 can be read"},
+      {infoText, damaged("\"inputB\":\"AA", "\"inputB\":\"*A") + other,
+       "records.jsonl:1: repetitions[0].inputB is not base64"},
+      {infoText, damaged("\"signalled\"", "\"vanished\"") + other,
+       "records.jsonl:1: ending.kind is not a kind of end"},
+      {infoText, damaged("\"seed\":4294967295", "\"seed\":4294967296") + other,
+       "records.jsonl:1: seed is not an integer in range"},
+      {infoText, damaged("\"code\":-2147483648", "\"code\":1.5") + other,
+       "records.jsonl:1: failedCalls[0].code is not an integer in range"},
+      {infoText, damaged("\"launched\":true", "\"launched\":1") + other,
+       "records.jsonl:1: repetitions[0].launched is not true or false"},
+      {infoText, damaged("\"kernel\"", "\"colonel\"") + other,
+       "records.jsonl:1: kernel is missing"},
+      // Of the right type, but not what a row leaves.
+      {infoText, damaged(bytes320, text::ToBase64(Bytes(319, 0xFE))) + other,
+       "records.jsonl:1: repetitions[0].result has 319 bytes in place of 320"},
+      {infoText, damaged("\"repetition\":2", "\"repetition\":3") + other,
+       "records.jsonl:1: failedCalls[0].repetition is none of those that there are"},
+      {infoText, damaged("\"seconds\":0.1", "\"seconds\":-1") + other,
+       "records.jsonl:1: seconds is no length of time"},
+      {infoText, damaged("\"again\":[]", "\"again\":[{}]") + other,
+       "records.jsonl:1: again[0].again is not empty"},
+      {infoText, damaged("\"again\":[{\"row\":\"add", "\"again\":[{\"row\":\"fad") + other,
+       "records.jsonl:1: again[0].row is another row"},
+      // Two files that do not tell of the same rows.
+      {Replaced(infoText, "add_union_vector3_6", "copy_union_vector3_6"), good + other,
+       "records.jsonl:1: run.json does not name this row: add_union_vector3_6"},
+      {infoText, good + good, "records.jsonl:2: line 1 is of the same row, add_union_vector3_6"},
+      {Replaced(infoText, "\"host\"", "\"ghost\""), good + other, "run.json: host is missing", 2},
+      {Replaced(infoText, "\"add_union_vector3_5\"", "7"), good + other,
+       "run.json: selected[1] is not a text", 2},
+      {Replaced(infoText, "add_union_vector3_5", "floor_union_scalar_1"), good,
+       "run.json: selected names a row twice: floor_union_scalar_1"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.damage);
+    Write("run.json", c.info);
+    Write("records.jsonl", c.records);
+    const diagnosis::Run run = ReadRun(path);
+    EXPECT_EQ(run.damages, c.damage.empty() ? std::vector<std::string>()
+                                            : std::vector<std::string>{path + "/" + c.damage});
+    std::size_t read = 0;
+    for (const Record& record : run.records)
+      read += record.ending.reason.find("its record is") == std::string::npos ? 1 : 0;
+    EXPECT_EQ(read, c.read);
+  }
+}
+
+TEST_F(Folder, RefusesWhereNothingIsLeft) {
   const std::string infoText = ToJson(info);
   const std::string line = ToJson(FullRecord()) + "\n";
-
   EXPECT_EQ(Complaint(), "run.json: there is no such file, or it cannot be read");
   struct {
     std::string info, records, complaint;
   } const cases[] = {
-      {"", line, "run.json: this is not a whole JSON object"},
-      {infoText.substr(0, 50), line, "run.json: this is not a whole JSON object"},
-      {"[1]", line, "run.json: this is not a whole JSON object"},
-      {replaced(infoText, "\"format\": 1", "\"format\": 2"), line,
+      {"", line, "run.json: byte 1: this is not a whole JSON object"},
+      {infoText.substr(0, 50), line, "run.json: byte 51: this is not a whole JSON object"},
+      {"[1]", line, "run.json: byte 1: this is not a whole JSON object"},
+      {Replaced(infoText, "\"format\": 1", "\"format\": 2"), line,
        "run.json: this is of format 2, and only 1 can be read"},
-      {replaced(infoText, "\"host\"", "\"ghost\""), line, "run.json: host is missing"},
-      {replaced(infoText, "\"copy_union_scalar_1\"", "7"), line,
-       "run.json: selected[1] is not a text"},
-      {replaced(infoText, "copy_union_scalar_1", "floor_union_scalar_1"), line,
-       "run.json: selected names a row twice: floor_union_scalar_1"},
-      {infoText, line + "{\n", "records.jsonl:2: this is not a whole JSON object"},
-      {infoText, "\n", "records.jsonl:1: this is not a whole JSON object"},
-      {infoText, replaced(line, "\"format\":1", "\"format\":0"),
-       "records.jsonl:1: this is of format 0, and only 1 can be read"},
-      {infoText, replaced(line, "\"inputB\":\"AA==\"", "\"inputB\":\"AB==\""),
-       "records.jsonl:1: repetitions[0].inputB is not base64"},
-      {infoText, replaced(line, "\"signalled\"", "\"vanished\""),
-       "records.jsonl:1: ending.kind is not a kind of end"},
-      {infoText, replaced(line, "\"seed\":4294967295", "\"seed\":4294967296"),
-       "records.jsonl:1: seed is not an integer in range"},
-      {infoText, replaced(line, "\"code\":-2147483648", "\"code\":1.5"),
-       "records.jsonl:1: failedCalls[0].code is not an integer in range"},
-      {infoText, replaced(line, "\"launched\":true", "\"launched\":1"),
-       "records.jsonl:1: repetitions[0].launched is not true or false"},
-      {infoText, replaced(line, "\"kernel\"", "\"colonel\""), "records.jsonl:1: kernel is missing"},
-      {infoText, replaced(line, "add_union_vector3_6", "sub_union_vector3_6"),
-       "records.jsonl:1: run.json does not name this row: sub_union_vector3_6"},
-      {infoText, line + line, "records.jsonl:2: line 1 is of the same row, add_union_vector3_6"},
+      {Replaced(infoText, "\"singleFpConfig\"", "\"doubleFpConfig\""), line,
+       "run.json: device.singleFpConfig is missing"},
+      {infoText, "{\n[",
+       "records.jsonl:1: byte 2: this is not a whole JSON object; no record is whole"},
   };
   for (const auto& c : cases) {
     Write("run.json", c.info);

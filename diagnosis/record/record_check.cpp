@@ -1,0 +1,67 @@
+#include <fmt/format.h>
+
+#include <cmath>
+#include <optional>
+#include <string_view>
+
+#include "diagnosis/record/record.h"
+#include "diagnosis/record/row.h"
+
+namespace diagnosis {
+
+namespace {
+
+/// Empty if the bytes are none, or as many as there must be.
+std::string FaultInSize(std::string_view name, const Bytes& bytes, std::size_t size) {
+  if (bytes.empty() || bytes.size() == size) return "";
+  return fmt::format("{} has {} bytes in place of {}", name, bytes.size(), size);
+}
+
+std::string FaultInBytes(const Record& record) {
+  const std::optional<Row> row = RowNamed(record.row);
+  // Of a row that nobody knows, nobody looks at the bytes.
+  if (!row) return "";
+  const std::size_t elements = row->stride * elementsOfRow;
+  const std::size_t behind = row->stride * elementsInBuffer - elements;
+  const std::size_t elementsB = row->twoInputs ? elements : 0;
+  const std::size_t behindB = row->twoInputs ? behind : 0;
+  for (std::size_t i = 0; i < record.repetitions.size(); ++i) {
+    const Repetition& repetition = record.repetitions[i];
+    for (const std::string& fault : {FaultInSize("inputA", repetition.inputA, elements),
+                                     FaultInSize("inputB", repetition.inputB, elementsB),
+                                     FaultInSize("result", repetition.result, elements)}) {
+      if (!fault.empty()) return fmt::format("repetitions[{}].{}", i, fault);
+    }
+  }
+  for (std::string fault : {FaultInSize("behindA", record.behindA, behind),
+                            FaultInSize("behindB", record.behindB, behindB),
+                            FaultInSize("behindResult", record.behindResult, behind)}) {
+    if (!fault.empty()) return fault;
+  }
+  return "";
+}
+
+}  // namespace
+
+std::string FaultIn(const Record& record) {
+  if (std::string fault = FaultInBytes(record); !fault.empty()) return fault;
+  for (std::size_t i = 0; i < record.failedCalls.size(); ++i) {
+    const int repetition = record.failedCalls[i].repetition;
+    if (repetition < 0 || static_cast<std::size_t>(repetition) > record.repetitions.size())
+      return fmt::format("failedCalls[{}].repetition is none of those that there are", i);
+  }
+  if (record.launches < 0) return "launches is negative";
+  const auto isTime = [](double seconds) { return std::isfinite(seconds) && seconds >= 0; };
+  if (!isTime(record.seconds)) return "seconds is no length of time";
+  if (!isTime(record.buildSeconds)) return "buildSeconds is no length of time";
+  for (std::size_t i = 0; i < record.again.size(); ++i) {
+    const Record& again = record.again[i];
+    if (again.row != record.row) return fmt::format("again[{}].row is another row", i);
+    if (!again.again.empty()) return fmt::format("again[{}].again is not empty", i);
+    if (const std::string fault = FaultIn(again); !fault.empty())
+      return fmt::format("again[{}].{}", i, fault);
+  }
+  return "";
+}
+
+}  // namespace diagnosis
