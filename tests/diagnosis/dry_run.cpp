@@ -1,4 +1,4 @@
-#include "tests/diagnosis/rehearsal.h"
+#include "tests/diagnosis/dry_run.h"
 
 #include <bit>
 #include <cstring>
@@ -35,45 +35,45 @@ class ToleranceSearch {
 };
 
 // What stands for the device. The process has one, as the entry points have no other way to it.
-struct Stage {
+struct State {
   Row row;
-  Rehearsed told;
+  Profile profile;
   ToleranceSearch search;
   std::ostringstream out;
   std::size_t draws = 0;
   std::size_t globalSize = 0;
   std::optional<std::size_t> answeredAt;  // in `out`; while there is no verdict yet
 };
-Stage* stage = nullptr;
+State* current = nullptr;
 
 // With nothing but zeros drawn, every operand is 0 whatever the row does to it, and every answer
 // too, but for the powers of exponent 0.
 int DrawZero() {
-  ++stage->draws;
+  ++current->draws;
   return 0;
 }
 
 // Answers `Distance` units in the last place from what is right, in all lanes.
 void Answer(std::byte* destination) {
-  const Row& row = stage->row;
+  const Row& row = current->row;
   for (int element = 0; element < elementsOfRow; ++element) {
     for (int lane = 0; lane < row.lanes; ++lane) {
       const bool one = row.operation == Operation::power && ExponentOf(row, element, lane) == 0;
       const std::uint32_t bits =
-          std::bit_cast<std::uint32_t>(one ? 1.0F : 0.0F) + stage->search.Distance();
-      std::memcpy(destination + static_cast<std::size_t>(element) * stage->told.stride +
+          std::bit_cast<std::uint32_t>(one ? 1.0F : 0.0F) + current->search.Distance();
+      std::memcpy(destination + static_cast<std::size_t>(element) * current->profile.stride +
                       static_cast<std::size_t>(lane) * sizeof bits,
                   &bits, sizeof bits);
     }
   }
-  stage->answeredAt = stage->out.view().size();
+  current->answeredAt = current->out.view().size();
 }
 
 // A repetition that fails writes a mismatch line before its RUN line.
 void TakeVerdict() {
-  if (stage->answeredAt && !stage->search.Done())
-    stage->search.Tried(stage->out.view().substr(*stage->answeredAt).starts_with("RUN "));
-  stage->answeredAt.reset();
+  if (current->answeredAt && !current->search.Done())
+    current->search.Tried(current->out.view().substr(*current->answeredAt).starts_with("RUN "));
+  current->answeredAt.reset();
 }
 
 template <class Handle>
@@ -111,7 +111,7 @@ consteval cl_icd_dispatch EntryPoints() {
   };
   calls.clGetPlatformInfo = [](cl_platform_id, cl_platform_info, size_t size, void* value,
                                size_t* returned) -> cl_int {
-    constexpr char version[] = "OpenCL 1.2 rehearsal";
+    constexpr char version[] = "OpenCL 1.2 dry run";
     if (returned != nullptr) *returned = sizeof version;
     if (value != nullptr && size >= sizeof version) std::memcpy(value, version, sizeof version);
     return CL_SUCCESS;
@@ -129,11 +129,11 @@ consteval cl_icd_dispatch EntryPoints() {
   };
   calls.clCreateProgramWithSource = [](cl_context, cl_uint, const char** strings,
                                        const size_t* lengths, cl_int* code) {
-    stage->told.source.assign(strings[0], lengths[0]);
+    current->profile.source.assign(strings[0], lengths[0]);
     return Created<cl_program>(code);
   };
   calls.clCreateKernel = [](cl_program, const char* name, cl_int* code) {
-    stage->told.kernel = name;
+    current->profile.kernel = name;
     return Created<cl_kernel>(code);
   };
   calls.clCreateBuffer = [](cl_context, cl_mem_flags, size_t, void*, cl_int* code) {
@@ -145,13 +145,13 @@ consteval cl_icd_dispatch EntryPoints() {
                                     const size_t* globalSize, const size_t*, cl_uint,
                                     const cl_event*, cl_event*) -> cl_int {
     TakeVerdict();
-    stage->globalSize = *globalSize;
-    ++stage->told.repetitions;
+    current->globalSize = *globalSize;
+    ++current->profile.repetitions;
     return CL_SUCCESS;
   };
   calls.clEnqueueReadBuffer = [](cl_command_queue, cl_mem, cl_bool, size_t, size_t size,
                                  void* destination, cl_uint, const cl_event*, cl_event*) -> cl_int {
-    stage->told.stride = size / stage->globalSize;
+    current->profile.stride = size / current->globalSize;
     Answer(static_cast<std::byte*>(destination));
     return CL_SUCCESS;
   };
@@ -175,35 +175,35 @@ consteval cl_icd_dispatch EntryPoints() {
 
 constexpr cl_icd_dispatch entryPoints = EntryPoints();
 
-// The suite's calls and what it writes reach the stage, until a row ends, and be it by a throw.
-class OnStage {
+// The suite's calls and what it writes reach the dry run, until a row ends, and be it by a throw.
+class Installed {
  public:
-  explicit OnStage(Stage& own)
+  explicit Installed(State& own)
       : before_(SetGround({&entryPoints, DrawZero})), out_(std::cout.rdbuf(own.out.rdbuf())) {
-    stage = &own;
+    current = &own;
   }
-  ~OnStage() {
-    stage = nullptr;
+  ~Installed() {
+    current = nullptr;
     std::cout.rdbuf(out_);
     SetGround(before_);
   }
-  OnStage(const OnStage&) = delete;
-  OnStage& operator=(const OnStage&) = delete;
+  Installed(const Installed&) = delete;
+  Installed& operator=(const Installed&) = delete;
 
  private:
   Ground before_;
   std::streambuf* out_;
 };
 
-// Runs the row once on `onStage` and takes the verdict of each repetition. Returns what it wrote.
-std::string RunOn(Stage& onStage, const NamedRunner& runner) {
-  onStage.told.repetitions = 0;
-  onStage.draws = 0;
-  onStage.out.str("");
-  const OnStage running(onStage);
+// Runs the row once on `state` and takes the verdict of each repetition. Returns what it wrote.
+std::string RunOn(State& state, const NamedRunner& runner) {
+  state.profile.repetitions = 0;
+  state.draws = 0;
+  state.out.str("");
+  const Installed running(state);
   runner.run();
   TakeVerdict();
-  return onStage.out.str();
+  return state.out.str();
 }
 
 int RunLines(std::string_view written) {
@@ -215,19 +215,19 @@ int RunLines(std::string_view written) {
 
 }  // namespace
 
-Rehearsed Rehearse(const NamedRunner& runner) {
-  Stage own;
+Profile DryRun(const NamedRunner& runner) {
+  State own;
   own.row = RowNamed(runner.name).value();
-  own.told.runLines = RunLines(RunOn(own, runner));
-  own.told.drawsPerRepetition = own.draws / static_cast<std::size_t>(own.told.repetitions);
+  own.profile.runLines = RunLines(RunOn(own, runner));
+  own.profile.drawsPerRepetition = own.draws / static_cast<std::size_t>(own.profile.repetitions);
   // A row that repeats itself too seldom for the search is run again.
   while (!own.search.Done()) {
     if (own.search.Lost())
       throw std::logic_error(own.row.name + " cannot tell a right answer from a wrong one");
     RunOn(own, runner);
   }
-  own.told.tolerance = own.search.Tolerance();
-  return own.told;
+  own.profile.tolerance = own.search.Tolerance();
+  return own.profile;
 }
 
 }  // namespace diagnosis

@@ -9,7 +9,7 @@
 namespace diagnosis {
 
 /// A row's own constants, learnt from the row itself.
-struct Rehearsed {
+struct Profile {
   std::string source;  // the kernel text, as the device gets it
   std::string kernel;
   std::size_t stride = 0;  // bytes of a union
@@ -22,6 +22,6 @@ struct Rehearsed {
 /// Runs a row in this process on no device at all: the calls of OpenCL are answered here, and what
 /// the row writes goes nowhere. What the row throws goes through. Not for a process that runs rows
 /// at the same time.
-Rehearsed Rehearse(const NamedRunner& runner);
+Profile DryRun(const NamedRunner& runner);
 
 }  // namespace diagnosis

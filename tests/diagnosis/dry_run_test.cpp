@@ -1,7 +1,7 @@
 // The table of what the rows do, against the rows themselves, run on no device, and against what
 // the tests know of them; and the stream of random numbers that stands for rand's.
 
-#include "tests/diagnosis/rehearsal.h"
+#include "tests/diagnosis/dry_run.h"
 
 #include <gtest/gtest.h>
 
@@ -35,26 +35,26 @@ TEST(RowFacts, AreWhatEveryRowDoes) {
     draws += static_cast<std::size_t>(Runs(row)) * static_cast<std::size_t>(DrawsPerRun(row));
     EXPECT_EQ(facts.drawsPerRepetition, static_cast<std::size_t>(DrawsPerRun(row)));
 
-    const Rehearsed told = Rehearse(rows[i]);
-    EXPECT_EQ(KernelTextOf(facts.row), told.source);
-    EXPECT_EQ(facts.kernel, told.kernel);
-    EXPECT_EQ(facts.row.stride, told.stride);
-    EXPECT_EQ(facts.drawsPerRepetition, told.drawsPerRepetition);
-    EXPECT_EQ(facts.repetitions, told.repetitions);
-    EXPECT_EQ(facts.runLines, told.runLines);
-    EXPECT_EQ(facts.tolerance, told.tolerance);
-    texts.insert(told.source);
+    const Profile profile = DryRun(rows[i]);
+    EXPECT_EQ(KernelTextOf(facts.row), profile.source);
+    EXPECT_EQ(facts.kernel, profile.kernel);
+    EXPECT_EQ(facts.row.stride, profile.stride);
+    EXPECT_EQ(facts.drawsPerRepetition, profile.drawsPerRepetition);
+    EXPECT_EQ(facts.repetitions, profile.repetitions);
+    EXPECT_EQ(facts.runLines, profile.runLines);
+    EXPECT_EQ(facts.tolerance, profile.tolerance);
+    texts.insert(profile.source);
   }
   EXPECT_EQ(texts.size(), std::size(rows));
   EXPECT_EQ(FactsOf("add_union_scalar_7"), nullptr);
 }
 
-TEST(Rehearsal, LeavesStandardOutputAsItWasEvenIfTheRowThrows) {
+TEST(DryRun, LeavesStandardOutputAsItWasEvenIfTheRowThrows) {
   std::ostringstream written;
   std::streambuf* const out = std::cout.rdbuf(written.rdbuf());
-  Rehearse(rows[0]);
+  DryRun(rows[0]);
   const auto throws = []() -> int { throw std::runtime_error("in mid-row"); };
-  EXPECT_THROW(Rehearse({rows[0].name, throws}), std::runtime_error);
+  EXPECT_THROW(DryRun({rows[0].name, throws}), std::runtime_error);
   std::cout << "heard";
   std::cout.rdbuf(out);
   EXPECT_EQ(written.str(), "heard");
