@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace exploration {
+
+/// The device that programs run on, as it says itself.
+struct Device {
+  std::string platform;
+  std::string name;
+  std::string vendor;
+  std::string version;        ///< CL_DEVICE_VERSION
+  std::string cVersion;       ///< CL_DEVICE_OPENCL_C_VERSION
+  std::string driverVersion;  ///< CL_DRIVER_VERSION
+  std::string il;             ///< CL_DEVICE_IL_VERSION: "SPIR-V_1.0 ..."; empty if it takes none.
+  bool hasDouble = false;
+  bool hasHalf = false;  ///< cl_khr_fp16; without it half is for storage alone.
+  std::uint64_t singleFpConfig = 0;
+  std::size_t maxWorkGroupSize = 1;
+};
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Device, platform, name, vendor, version, cVersion, driverVersion,
+                                   il, hasDouble, hasHalf, singleFpConfig, maxWorkGroupSize)
+
+/// What a runner of programs said when it brought the driver up. Throws nlohmann::json::exception
+/// if it is not that.
+Device DeviceFrom(const std::string& said);
+
+}  // namespace exploration

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "common/workers/runner.h"
+
+namespace exploration {
+
+/// Brings OpenCL up once, with one context and one queue, says what Device it is and does Tasks on
+/// it. Every program is run twice.
+extern const workers::Runner deviceRunner;
+
+/// Does tasks that name a compiler; needs no device.
+extern const workers::Runner compilerRunner;
+
+}  // namespace exploration

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "exploration/execution/outcome.h"
+#include "exploration/shrinking/shrink.h"
+
+namespace exploration {
+
+/// A program that went wrong.
+struct Finding {
+  Program program;
+  RunnableProgram runnable;
+  Outcome outcome;
+};
+
+/// In what way a program goes wrong, of two of which one can be held against the other.
+struct Symptom {
+  Outcome::Kind kind = Outcome::Kind::right;
+  /// Of a wrong answer how its first wrong value differs: "zero", "not stored", "another value's",
+  /// "shifted", "wrongly extended", "other"; otherwise the call, the code, what the log says.
+  std::string how;
+
+  bool operator==(const Symptom&) const = default;
+};
+Symptom SymptomOf(const RunnableProgram& program, const Outcome& outcome);
+
+/// Something else under which a fault was tried.
+struct Setting {
+  std::string name;    ///< "-cl-opt-disable", "in local memory", "work-groups of 1".
+  std::string result;  ///< "goes away", "stays", or why it could not be tried.
+};
+
+/// What findings have in common.
+struct Fault {
+  std::string name;   ///< Stable, for a folder: "wrong-answer-nested-unions-1f3a".
+  std::string title;  ///< "wrong answer: ...", in the language's terms.
+  Symptom symptom;
+  std::vector<std::string> features;  ///< Of the shrunken program.
+  Finding first;                      ///< What it was first found with, as it was drawn.
+  Finding shrunken;
+  bool isComplete = false;  ///< No step makes the shrunken program smaller.
+  std::vector<Setting> settings;
+  std::size_t findings = 1;  ///< How many belong to it.
+};
+
+/// Two are one fault if what is left has the same features and goes wrong in the same way.
+bool IsSame(const Fault& one, const Fault& other);
+
+/// From the symptom and the features: what IsSame holds to be the same has the same.
+std::string TitleOf(const Symptom& symptom, const std::vector<std::string>& features);
+std::string NameOf(const Symptom& symptom, const std::vector<std::string>& features);
+
+}  // namespace exploration
