@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "diagnosis/commands/command.h"
+#include "diagnosis/commands/not_run.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
@@ -32,16 +33,22 @@ void ExplainRows(const Options& options) {
   const Suspects suspects = AnalysisOf(run, {}).suspects;
   const std::size_t mostOthers = options.allLanes ? std::numeric_limits<std::size_t>::max() : 40;
   std::string text;
+  const Record* notRun = nullptr;
   for (const std::size_t row : selected) {
     const auto record = std::ranges::find(run.records, rows[row].name, &Record::row);
     if (record == run.records.end()) continue;
+    if ((named || !fromFolder) && !WasRun(*record)) {
+      notRun = &*record;
+      continue;
+    }
     const Explanation explanation = Explain(*record, run.info.device, suspects);
     if (!named && explanation.category == Category::passedRight) continue;
     if (!text.empty()) text += '\n';
     text += TextOf(explanation, mostOthers);
   }
-  if (text.empty()) text = "All rows passed and are right.\n";
+  if (text.empty() && notRun == nullptr) text = "All rows passed and are right.\n";
   command_line::Print(text);
+  if (notRun != nullptr) RefuseRowNotRun(*notRun, options.folder);
 }
 
 void AddTo(CLI::App& app, command_line::Call& call) {

@@ -1,5 +1,7 @@
 #include "diagnosis/views/reproduce.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
@@ -10,7 +12,9 @@
 #include <string>
 
 #include "common/command_line/options.h"
+#include "common/text/bad_use.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/commands/not_run.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
@@ -23,6 +27,7 @@ struct Options {
   std::string row;
   std::string folder;
   std::string file;
+  bool anyway = false;
   PoolOptions pool;
 };
 
@@ -30,8 +35,16 @@ void WriteReproducer(const Options& options) {
   const std::size_t row = RowCalled(options.row);
   const Run run = RunOf({row}, options.folder, options.pool);
   const auto record = std::ranges::find(run.records, options.row, &Record::row);
-  const std::string text = ReproducerOf(*record, run.info.device, AnalysisOf(run, {}).suspects);
-  if (options.file.empty() || options.file == "-") return command_line::Print(text);
+  if (!WasRun(*record)) RefuseRowNotRun(*record, options.folder);
+  const Analysis analysis = AnalysisOf(run, {});
+  const Category category = analysis.Find(options.row)->category;
+  if (!options.anyway && (category == Category::passedRight || category == Category::passedUnseen))
+    throw text::BadUse(fmt::format("{}: {}, so there is nothing to reproduce; --anyway writes it",
+                                   options.row, TraitsOf(category).name));
+  const bool isPrinted = options.file.empty() || options.file == "-";
+  const std::string text = ReproducerOf(*record, run.info.device, analysis.suspects,
+                                        isPrinted ? std::string() : options.file);
+  if (isPrinted) return command_line::Print(text);
   std::ofstream file(options.file, std::ios::binary);
   file << text << std::flush;
   if (!file) throw std::runtime_error("cannot write " + options.file + ": " + std::strerror(errno));
@@ -43,12 +56,13 @@ void AddTo(CLI::App& app, command_line::Call& call) {
   app.add_option("-o", options->file, "File to write; standard output if none is given")
       ->type_name("FILE")
       ->check(command_line::NotEmpty());
+  app.add_flag("--anyway", options->anyway, "Of a row that passed and is right, too");
   AddPoolOptions(app, call, options->pool);
   AddFrom(app, options->folder,
           "Folder that a run was written into; without it, the row is run now");
   app.footer(
       "The program needs CL/cl.h and -lOpenCL, and ends with 0 if the device is right, 1 if "
-      "not,\n2 if a call fails.");
+      "not,\n2 if a call fails or the device is of another kind than the answers are for.");
   app.parse_complete_callback([options] { RowCalled(options->row); });
   app.callback([options] { WriteReproducer(*options); });
 }

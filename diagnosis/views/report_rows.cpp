@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/text/text.h"
+#include "diagnosis/record/row.h"
 #include "diagnosis/views/report.h"
 #include "diagnosis/views/report_parts.h"
 #include "diagnosis/views/reproduce.h"
@@ -96,6 +97,11 @@ void AddFoldedParts(pugi::xml_node article, const Record& record, const Device& 
   if (!record.source.empty())
     page::AddVerbatim(page::AddFolded(article, "Kernel text"), "Kernel text",
                       WithoutBlanksAtEnds(record.source), inRecords);
+  if (!RowNamed(record.row)) {
+    AddClassed(article, "p", "note",
+               "No row of this version is called so: there is no explanation and no reproducer.");
+    return;
+  }
   const std::string reproducer = ReproducerOf(record, device, suspects);
   const pugi::xml_node folded = page::AddFolded(article, "Reproducer, in C");
   if (reproducer.size() > mostBytesOfReproducer) {

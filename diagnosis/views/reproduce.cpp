@@ -1,5 +1,6 @@
 #include "diagnosis/views/reproduce.h"
 
+#include <CL/cl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -10,9 +11,10 @@
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "common/text/text.h"
+#include "common/reproducer/reproducer.h"
 #include "diagnosis/judgement/opinion.h"
 #include "diagnosis/record/row.h"
 #include "diagnosis/record/row_facts.h"
@@ -20,161 +22,6 @@
 
 namespace diagnosis {
 namespace {
-
-// Behind the row's data, what is the same for every row.
-constexpr std::string_view program = R"c(
-enum {
-  inputCount = sizeof inputs / sizeof inputs[0],
-  rightCount = sizeof right / sizeof right[0],
-  globalSize = 256
-};
-
-static char source[sourceSize + 2];
-static unsigned char bytes[inputCount][globalSize * stride];
-static unsigned char result[globalSize * stride];
-
-static void Check(cl_int code, const char* call) {
-  if (code == CL_SUCCESS) return;
-  fprintf(stderr, "ERROR: %s(%d)\n", call, (int)code);
-  exit(2);
-}
-
-static void PrintInfo(cl_device_id device, cl_device_info name, const char* label) {
-  char info[1024] = "";
-  Check(clGetDeviceInfo(device, name, sizeof info, info, NULL), "clGetDeviceInfo");
-  printf("%s%s\n", label, info);
-}
-
-static void PrintBits(cl_uint bits) {
-  float value;
-  memcpy(&value, &bits, sizeof value);
-  printf("0x%08X (%.9g)", (unsigned)bits, value);
-}
-
-/* Whether an answer is right. */
-static int Judge(int element, int lane, cl_uint bits) {
-  const char* before = ", right is ";
-  int i;
-  for (i = 0; i < rightCount; ++i)
-    if (right[i].element == element && right[i].lane == lane && right[i].first <= bits &&
-        bits <= right[i].last)
-      return 1;
-  printf("element %d, lane %d: the answer is ", element, lane);
-  PrintBits(bits);
-  for (i = 0; i < rightCount; ++i) {
-    if (right[i].element != element || right[i].lane != lane) continue;
-    printf("%s", before);
-    PrintBits(right[i].first);
-    if (right[i].last != right[i].first) {
-      printf(" to ");
-      PrintBits(right[i].last);
-    }
-    before = " or ";
-  }
-  printf("\n");
-  return 0;
-}
-
-static void Build(cl_program built, cl_uint count, const cl_device_id* devices) {
-  static char buildLog[1 << 16];
-  const cl_int code = clBuildProgram(built, count, devices, buildOptions, NULL, NULL);
-  if (code != CL_SUCCESS &&
-      clGetProgramBuildInfo(built, devices[0], CL_PROGRAM_BUILD_LOG, sizeof buildLog - 1, buildLog,
-                            NULL) == CL_SUCCESS)
-    fprintf(stderr, "%s\n", buildLog);
-  Check(code, "clBuildProgram");
-}
-
-int main(void) {
-  cl_context_properties properties[] = {CL_CONTEXT_PLATFORM, 0, 0};
-  const size_t global = globalSize;
-  const size_t local = localSize;
-  const cl_int numElements = elements;
-  const char* text = source;
-  cl_platform_id platforms[16];
-  cl_uint platformCount;
-  cl_context context = NULL;
-  cl_device_id devices[256];
-  size_t size;
-  cl_uint deviceCount;
-  cl_program built;
-  cl_kernel kernel;
-  cl_mem buffers[inputCount + 1];
-  cl_int code;
-  int i, repetition, element, lane;
-  int wrong = 0;
-
-  for (size = 0, i = 0; i < (int)(sizeof lines / sizeof lines[0]); ++i)
-    size += (size_t)sprintf(source + size, "%s%*s\n", lines[i].text, lines[i].blanks, "");
-  for (i = 0; i < inputCount; ++i) memcpy(bytes[i], inputs[i], sizeof inputs[i]);
-
-  /* The first platform that has a GPU: a processor's driver may stand before it. Where none has, a
-     layer had presented another device as one: the first that there is. */
-  Check(clGetPlatformIDs(16, platforms, &platformCount), "clGetPlatformIDs");
-  if (platformCount > 16) platformCount = 16;
-  code = CL_DEVICE_NOT_FOUND;
-  for (i = 0; code == CL_DEVICE_NOT_FOUND && i < 2 * (int)platformCount; ++i) {
-    const cl_device_type type = i < (int)platformCount ? CL_DEVICE_TYPE_GPU : CL_DEVICE_TYPE_ALL;
-    properties[1] = (cl_context_properties)platforms[i % (int)platformCount];
-    context = clCreateContextFromType(properties, type, NULL, NULL, &code);
-  }
-  Check(code, "clCreateContextFromType");
-  Check(clGetContextInfo(context, CL_CONTEXT_DEVICES, sizeof devices, devices, &size),
-        "clGetContextInfo");
-  deviceCount = (cl_uint)(size / sizeof devices[0]);
-  PrintInfo(devices[0], CL_DEVICE_NAME, "device: ");
-  PrintInfo(devices[0], CL_DRIVER_VERSION, "driver: ");
-
-  size = sourceSize;
-  built = clCreateProgramWithSource(context, 1, &text, &size, &code);
-  Check(code, "clCreateProgramWithSource");
-  Build(built, deviceCount, devices);
-  kernel = clCreateKernel(built, kernelName, &code);
-  Check(code, "clCreateKernel");
-
-  for (i = 0; i <= inputCount; ++i) {
-    const cl_mem_flags flags = i < inputCount ? CL_MEM_READ_ONLY : CL_MEM_WRITE_ONLY;
-    buffers[i] = clCreateBuffer(context, flags, sizeof result, NULL, &code);
-    Check(code, "clCreateBuffer");
-  }
-  for (i = 0; i <= inputCount; ++i)
-    Check(clSetKernelArg(kernel, (cl_uint)i, sizeof buffers[i], &buffers[i]), "clSetKernelArg");
-  Check(clSetKernelArg(kernel, (cl_uint)i, sizeof numElements, &numElements), "clSetKernelArg");
-
-  for (repetition = 1; repetition <= repetitions && wrong == 0; ++repetition) {
-    const cl_command_queue queue = clCreateCommandQueue(context, devices[0], 0, &code);
-    Check(code, "clCreateCommandQueue");
-    for (i = 0; i < inputCount; ++i)
-      Check(clEnqueueWriteBuffer(queue, buffers[i], CL_FALSE, 0, sizeof bytes[i], bytes[i], 0, NULL,
-                                 NULL),
-            "clEnqueueWriteBuffer");
-    Check(clEnqueueNDRangeKernel(queue, kernel, 1, NULL, &global, local != 0 ? &local : NULL, 0,
-                                 NULL, NULL),
-          "clEnqueueNDRangeKernel");
-    Check(clEnqueueReadBuffer(queue, buffers[inputCount], CL_TRUE, 0, sizeof result, result, 0,
-                              NULL, NULL),
-          "clEnqueueReadBuffer");
-    Check(clReleaseCommandQueue(queue), "clReleaseCommandQueue");
-
-    for (element = 0; element < elements; ++element) {
-      for (lane = 0; lane < lanes; ++lane) {
-        cl_uint bits;
-        memcpy(&bits, result + element * stride + lane * (int)sizeof bits, sizeof bits);
-        wrong += !Judge(element, lane, bits);
-      }
-    }
-  }
-  printf("%d of %d lanes are wrong\n", wrong, elements * lanes);
-
-  for (i = inputCount; i >= 0; --i) clReleaseMemObject(buffers[i]);
-  clReleaseKernel(kernel);
-  clReleaseProgram(built);
-  clReleaseContext(context);
-  return wrong == 0 ? 0 : 1;
-}
-)c";
-
-constexpr std::size_t columns = 100;
 
 /// A repetition and its number, from 1.
 struct Chosen {
@@ -199,8 +46,10 @@ Repetition MadeUp(const Row& row) {
   return repetition;
 }
 
-int RejectedRepetition(const Record& record) {
-  const auto rejected = std::ranges::find_if(record.repetitions, FoundMismatch);
+int RejectedRepetition(const Row& row, const Record& record) {
+  const auto rejected = std::ranges::find_if(record.repetitions, [&row](const Repetition& one) {
+    return FoundMismatch(one) && HasInputs(row, one);
+  });
   return rejected == record.repetitions.end()
              ? 0
              : static_cast<int>(rejected - record.repetitions.begin()) + 1;
@@ -212,7 +61,7 @@ Chosen Choose(const Row& row, const Record& record, const Opinion& opinion) {
   if (cameBack && !opinion.wrong.empty()) {
     number = opinion.wrong.front().repetition;
   } else if (cameBack) {
-    number = RejectedRepetition(record);
+    number = RejectedRepetition(row, record);
   }
   if (number == 0) {
     const auto last = std::ranges::find_if(
@@ -224,88 +73,10 @@ Chosen Choose(const Row& row, const Record& record, const Opinion& opinion) {
   return {record.repetitions[static_cast<std::size_t>(number) - 1], number, false};
 }
 
-/// ASCII that can stand in a comment: nothing in it ends the comment, begins another, or is a
-/// trigraph.
-std::string InComment(std::string_view text) {
-  std::string safe;
-  for (const char c : text::PrintableLine(text, 1000)) {
-    const char before = safe.empty() ? '\0' : safe.back();
-    if ((before == '*' && c == '/') || (before == '/' && c == '*') || (before == '?' && c == '?'))
-      safe += ' ';
-    if (static_cast<unsigned char>(c) < 0x80) {
-      safe += c;
-    } else {
-      safe += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
-    }
-  }
-  return safe;
-}
-
-/// Lines of a comment: the label, and behind it the text, which goes on below itself.
-std::string CommentLines(std::string_view label, std::string_view text) {
-  const std::string safe = InComment(text);
-  constexpr std::size_t indentation = 12;
-  const std::size_t width = columns - 3 - indentation;
-  std::string lines;
-  for (std::string_view rest = safe; !rest.empty() || lines.empty();) {
-    std::size_t length = std::min(rest.size(), width);
-    if (length < rest.size()) {
-      const std::size_t blank = rest.rfind(' ', length);
-      if (blank != std::string_view::npos && blank > 0) length = blank;
-    }
-    lines += fmt::format(" * {:<12}{}\n", lines.empty() ? label : "", rest.substr(0, length));
-    rest.remove_prefix(length);
-    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
-  }
-  return lines;
-}
-
-/// A string literal, in as many pieces as its length takes, those behind the first on lines of
-/// their own.
-std::string Literal(std::string_view text, std::string_view indentation) {
-  constexpr std::size_t most = 80;
-  constexpr std::size_t nearMost = 60;
-  std::string literal = "\"";
-  std::size_t length = 0;
-  for (const char c : text) {
-    if (length >= most || (length >= nearMost && literal.back() == ' ')) {
-      literal += fmt::format("\"\n{}\"", indentation);
-      length = 0;
-    }
-    std::string escaped;
-    if (c == '"' || c == '\\' || c == '?') {  // a question mark may belong to a trigraph
-      escaped = {'\\', c};
-    } else if (c >= ' ' && c <= '~') {
-      escaped = c;
-    } else {
-      escaped = fmt::format("\\{:03o}", static_cast<unsigned char>(c));
-    }
-    literal += escaped;
-    length += escaped.size();
-  }
-  return literal + '"';
-}
-
-std::string LinesOfText(std::string_view text) {
-  std::string lines;
-  while (!text.empty()) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    const std::size_t length = line.find_last_not_of(' ') + 1;
-    lines += fmt::format("    {{{}, {}}},\n", Literal(line.substr(0, length), "     "),
-                         line.size() - length);
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-  }
-  return lines;
-}
-
-std::string BytesOf(const Row& row, const Bytes& bytes) {
-  std::string text = "  {\n";
-  for (std::size_t i = 0; i < row.stride * elementsOfRow; ++i) {
-    if (i % row.stride == 0) text += fmt::format("    /* element {} */\n", i / row.stride);
-    text += fmt::format("{}0x{:02X},{}", i % 16 == 0 ? "    " : " ", bytes[i],
-                        i % 16 == 15 ? "\n" : "");
-  }
-  return text + "  },\n";
+/// A device whose report is not to be had is held to what every full profile has.
+std::uint64_t KnownConfigOf(const Device& device) {
+  return device.singleFpConfig != 0 ? device.singleFpConfig
+                                    : CL_FP_ROUND_TO_NEAREST | CL_FP_INF_NAN;
 }
 
 std::uint32_t BitsAt(std::int64_t place) {
@@ -314,29 +85,74 @@ std::uint32_t BitsAt(std::int64_t place) {
 }
 
 /// Intervals of bits, each with what a person reads behind it.
-std::string RightLines(int element, int lane, const RightAnswers& answers) {
-  std::string lines;
-  const auto add = [&lines, element, lane](std::uint32_t first, std::uint32_t last,
-                                           std::string_view value) {
-    lines += fmt::format("    {{{}, {}, 0x{:08X}, 0x{:08X}}}, /* {} */\n", element, lane,
-                         std::min(first, last), std::max(first, last), value);
+void AddRight(std::vector<reproducer::Right>& right, int element, int lane,
+              const RightAnswers& answers) {
+  const auto add = [&right, element, lane](std::uint32_t first, std::uint32_t last,
+                                           std::string value) {
+    right.push_back(
+        {element, lane, std::min(first, last), std::max(first, last), std::move(value)});
   };
-  for (const RightAnswer& right : answers.Floats()) {
-    const std::string value = fmt::format("{}", right.value);
-    if (right.first < 0)
-      add(BitsAt(std::min<std::int64_t>(right.last, -1)), BitsAt(right.first), value);
-    if (right.first <= 0 && right.last >= 0) {
-      const std::uint32_t zero = std::signbit(right.value) ? 0x80000000U : 0;
+  for (const RightAnswer& one : answers.Floats()) {
+    const std::string value = fmt::format("{}", one.value);
+    if (one.first < 0) add(BitsAt(std::min<std::int64_t>(one.last, -1)), BitsAt(one.first), value);
+    if (one.first <= 0 && one.last >= 0) {
+      const std::uint32_t zero = std::signbit(one.value) ? 0x80000000U : 0;
       add(zero, zero, value);
     }
-    if (right.last > 0)
-      add(BitsAt(std::max<std::int64_t>(right.first, 1)), BitsAt(right.last), value);
+    if (one.last > 0) add(BitsAt(std::max<std::int64_t>(one.first, 1)), BitsAt(one.last), value);
   }
   if (answers.HaveAnyNan()) {
     add(0x7F800001, 0x7FFFFFFF, "any NaN");
     add(0xFF800001, 0xFFFFFFFF, "any NaN");
   }
-  return lines;
+}
+
+/// The answers that are right on a device that reports this.
+std::vector<reproducer::Right> RightOn(Device device, std::uint64_t config, const Row& row,
+                                       const Repetition& repetition,
+                                       const std::string& buildOptions) {
+  device.singleFpConfig = config;
+  const FloatMode mode = ModeOf(device, buildOptions);
+  std::vector<reproducer::Right> right;
+  for (int element = 0; element < elementsOfRow; ++element) {
+    for (int lane = 0; lane < row.lanes; ++lane)
+      AddRight(right, element, lane, RightAnswersOf(row, repetition, element, lane, mode));
+  }
+  return right;
+}
+
+/// On which bits of the device's report these answers depend.
+std::uint64_t BitsThatMatter(const Device& device, const Row& row, const Repetition& repetition,
+                             const std::string& buildOptions,
+                             const std::vector<reproducer::Right>& right) {
+  std::uint64_t bits = 0;
+  for (const std::uint64_t bit : {CL_FP_DENORM, CL_FP_ROUND_TO_NEAREST}) {
+    // One more bit that decides nothing, so that there is a report.
+    const std::uint64_t other = (KnownConfigOf(device) ^ bit) | CL_FP_INF_NAN;
+    if (RightOn(device, other, row, repetition, buildOptions) != right) bits |= bit;
+  }
+  return bits;
+}
+
+std::string FloatsOf(const Device& device, std::uint64_t bits) {
+  const std::string reported =
+      device.singleFpConfig == 0
+          ? "The device does not say what its floats can do."
+          : fmt::format("CL_DEVICE_SINGLE_FP_CONFIG is 0x{:X}.", device.singleFpConfig);
+  if (bits == 0)
+    return reported + " The right answers below are the same whatever a device reports.";
+  std::vector<std::string_view> words;
+  if ((bits & CL_FP_DENORM) != 0)
+    words.emplace_back((KnownConfigOf(device) & CL_FP_DENORM) != 0
+                           ? "has CL_FP_DENORM, so that nothing may be flushed"
+                           : "has no CL_FP_DENORM, so that denormals may be flushed");
+  if ((bits & CL_FP_ROUND_TO_NEAREST) != 0)
+    words.emplace_back((KnownConfigOf(device) & CL_FP_ROUND_TO_NEAREST) != 0
+                           ? "rounds to nearest"
+                           : "rounds toward zero");
+  return fmt::format(
+      "{} The right answers below are for a device that {}; on another the program ends with 2.",
+      reported, fmt::join(words, " and "));
 }
 
 std::string Seen(const Record& record, const Opinion& opinion, const Chosen& chosen) {
@@ -362,98 +178,59 @@ std::string Seen(const Record& record, const Opinion& opinion, const Chosen& cho
   return seen;
 }
 
-std::string SuspectLines(const Record& record, const Suspects& suspects) {
-  std::string lines;
-  for (const NamedSuspect& suspect : suspects.Of(record.row))
-    lines += CommentLines(lines.empty() ? "Suspects:" : "", suspect.name + ": " + suspect.meaning);
-  return lines.empty() ? CommentLines("Suspects:", "none") : lines;
-}
-
-std::string Head(const Record& record, const Device& device, const Suspects& suspects,
-                 const Opinion& opinion, const Chosen& chosen) {
-  return "/*\n" + CommentLines("Row:", record.row) +
-         CommentLines("Device:", device.name + " (" + device.vendor + ", " + device.version + ")") +
-         CommentLines("Platform:", device.platform) +
-         CommentLines("Driver:", device.driverVersion) +
-         CommentLines(
-             "Floats:",
-             fmt::format("CL_DEVICE_SINGLE_FP_CONFIG is 0x{:X}, for which the right answers "
-                         "below are made",
-                         device.singleFpConfig)) +
-         CommentLines("Seen:", Seen(record, opinion, chosen)) + SuspectLines(record, suspects) +
-         CommentLines("Compile:", fmt::format("cc -std=c99 -o {0} {0}.c -lOpenCL", record.row)) +
-         CommentLines("Status:", "0 if the device is right, 1 if not, 2 if a call fails") + " */\n";
+std::vector<reproducer::Remark> HeadOf(const Record& record, const Device& device,
+                                       const Suspects& suspects, const std::string& seen,
+                                       const std::string& floats, std::string_view file) {
+  std::vector<reproducer::Remark> head = {
+      {"Row:", record.row},
+      {"Device:", device.name + " (" + device.vendor + ", " + device.version + ")"},
+      {"Platform:", device.platform},
+      {"Driver:", device.driverVersion},
+      {"Floats:", floats},
+      {"Seen:", seen}};
+  const std::vector<NamedSuspect>& named = suspects.Of(record.row);
+  for (const NamedSuspect& suspect : named)
+    head.push_back(
+        {&suspect == &named.front() ? "Suspects:" : "", suspect.name + ": " + suspect.meaning});
+  if (named.empty()) head.push_back({"Suspects:", "none"});
+  head.push_back(reproducer::HowToCompile(file));
+  head.push_back(
+      {"Status:",
+       "0 if the device is right, 1 if not, 2 if a call fails or the device is of another "
+       "kind than the answers are for"});
+  return head;
 }
 
 }  // namespace
 
-std::string ReproducerOf(const Record& record, const Device& device, const Suspects& suspects) {
+std::string ReproducerOf(const Record& record, const Device& device, const Suspects& suspects,
+                         std::string_view file) {
   const std::optional<Row> row = RowNamed(record.row);
   if (!row) throw std::invalid_argument("no row is called '" + record.row + "'");
   const Opinion opinion = OpinionOf(record, device);
   const Chosen chosen = Choose(*row, record, opinion);
+  const std::string ownFile = record.row + ".c";
 
+  reproducer::Case made;
   // A row that came to nothing has not shown its text either.
-  std::string source = record.source;
-  std::string kernel = record.kernel;
-  if (source.empty()) source = KernelTextOf(*row);
-  if (kernel.empty()) kernel = FactsOf(record.row)->kernel;
-
-  std::string right;
-  for (int element = 0; element < elementsOfRow; ++element) {
-    for (int lane = 0; lane < row->lanes; ++lane) {
-      right += RightLines(element, lane,
-                          RightAnswersOf(*row, chosen.repetition, element, lane,
-                                         ModeOf(device, record.buildOptions)));
-    }
-  }
-
-  std::string text = Head(record, device, suspects, opinion, chosen);
-  text += R"c(
-#define CL_TARGET_OPENCL_VERSION 120
-#include <CL/cl.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-
-/* The kernel's text: its lines, and the number of blanks behind each. */
-static const struct {
-  const char* text;
-  int blanks;
-} lines[] = {
-)c";
-  text += LinesOfText(source) + "};\n\n";
-  text += fmt::format("static const char kernelName[] = {};\n", Literal(kernel, "    "));
-  text += fmt::format("static const char* const buildOptions = {};\n",
-                      record.buildOptions.empty() ? "NULL" : Literal(record.buildOptions, "    "));
-  text += fmt::format(R"c(
-enum {{
-  sourceSize = {},
-  elements = {},
-  lanes = {},
-  stride = {},      /* bytes from one union to the next */
-  repetitions = {},  /* at most: the first wrong one ends it */
-  localSize = {}     /* 0 leaves it to the driver */
-}};
-
-/* The unions as they go to the device, input by input. What lies behind them is zero. */
-static const unsigned char inputs[][elements * stride] = {{
-)c",
-                      source.size(), elementsOfRow, row->lanes, row->stride, chosen.number,
-                      record.localSize);
-  text += BytesOf(*row, chosen.repetition.inputA);
-  if (row->twoInputs) text += BytesOf(*row, chosen.repetition.inputB);
-  text += R"c(};
-
-/* The answers that are right: bits from `first` to `last`. Of a lane's lines any will do. */
-static const struct {
-  int element, lane;
-  cl_uint first, last;
-} right[] = {
-)c";
-  text += right + "};\n";
-  text += program;
-  return text;
+  made.source = record.source.empty() ? KernelTextOf(*row) : record.source;
+  made.kernel = record.kernel.empty() ? FactsOf(record.row)->kernel : record.kernel;
+  made.buildOptions = record.buildOptions;
+  made.inputs.push_back(chosen.repetition.inputA);
+  if (row->twoInputs) made.inputs.push_back(chosen.repetition.inputB);
+  made.elements = elementsOfRow;
+  made.lanes = row->lanes;
+  made.stride = row->stride;
+  made.globalSize = elementsInBuffer;
+  made.localSize = record.localSize;
+  made.repetitions = chosen.number;
+  made.right = RightOn(device, device.singleFpConfig, *row, chosen.repetition, record.buildOptions);
+  made.assumed = device.singleFpConfig;
+  made.assumedBits =
+      BitsThatMatter(device, *row, chosen.repetition, record.buildOptions, made.right);
+  made.head = HeadOf(record, device, suspects, Seen(record, opinion, chosen),
+                     FloatsOf(device, made.assumedBits), file.empty() ? ownFile : file);
+  return reproducer::ProgramOf(made);
 }
 
 }  // namespace diagnosis

@@ -121,6 +121,22 @@ TEST(Report, ShowsEachRowThatIsNotPassedAndRight) {
   EXPECT_EQ(page.select_nodes("//section[@id='distances']//td[@class='outside']").size(), 42U);
 }
 
+TEST(Report, SaysWhatItCanOfARowThatItDoesNotKnow) {
+  diagnosis::Run run;
+  run.records = {Record(), RowOf(FactsOfRows()[42], true, 1)};
+  run.records[0].row = "subtract_union_scalar_1";
+  run.records[0].ending = {Ending::Kind::signalled, 11, ""};
+  const pugi::xml_document page = Parsed(ReportOf({{"out", run}}));
+  const auto reproducers = [&page](const std::string& row) {
+    return page.select_nodes(("//article[@id='row-" + row + "']//pre").c_str()).size();
+  };
+  EXPECT_NE(TextIn(page.select_node("//article[@id='row-subtract_union_scalar_1']").node())
+                .find("SIGSEGV"),
+            std::string::npos);
+  EXPECT_EQ(reproducers(run.records[0].row), 0U);
+  EXPECT_GT(reproducers(FactsOfRows()[42].row.name), 0U);
+}
+
 TEST(Report, KeepsItsBoundWhateverFailsAndWhateverADriverWrites) {
   diagnosis::Run run;
   run.info.command.assign(1 << 20, '<');

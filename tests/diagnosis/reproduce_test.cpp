@@ -1,4 +1,4 @@
-// Reproducers, compiled by every compiler that is here and run against a scripted OpenCL.
+// Reproducers, compiled by two compilers and run against a scripted OpenCL.
 
 #include "diagnosis/views/reproduce.h"
 
@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "common/reproducer/reproducer.h"
 #include "diagnosis/record/row.h"
 #include "diagnosis/record/row_facts.h"
 
@@ -60,24 +61,19 @@ class Reproduce : public testing::Test {
     std::string name = (fs::temp_directory_path() / "reproduce.XXXXXX").string();
     ASSERT_NE(mkdtemp(name.data()), nullptr);
     folder_ = name;
-    for (const char* compiler : {"gcc", "clang"}) {
-      if (Shell(std::string(compiler) + " --version").status == 0)
-        compilers_.emplace_back(compiler);
-    }
-    ASSERT_FALSE(compilers_.empty());
   }
   void TearDown() override { fs::remove_all(folder_); }
 
-  /// Compiles the reproducer; the program stays.
-  void Compile(const std::string& text) { CompileWith({compilers_.front()}, text); }
-
-  void CompileWith(const std::vector<std::string>& compilers, const std::string& text) {
+  /// Compiles the reproducer with both compilers; the program that the one or the other makes
+  /// stays, by turns.
+  void Compile(const std::string& text) {
     WriteFile(folder_ / "row.c", text);
     std::size_t longest = 0;
     for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1)
       longest = std::max(longest, text.find('\n', at) - at);
     EXPECT_LE(longest, 100U);
-    for (const std::string& compiler : compilers) {
+    std::ranges::reverse(compilers_);
+    for (const std::string& compiler : compilers_) {
       const Ended ended = Shell(compiler + " -std=c99 -Wall -Wextra -Wpedantic -Werror -o '" +
                                 Path("row") + "' '" + Path("row.c") + "' " SCRIPTED_OPENCL);
       ASSERT_EQ(ended.status, 0) << ended.output;
@@ -88,15 +84,15 @@ class Reproduce : public testing::Test {
     return Shell(environment + " SCRIPTED_TEXT='" + Path("text") + "' '" + Path("row") + "'");
   }
   /// Runs it with these bytes as the device's answer.
-  Ended RunWith(const Bytes& answers) {
+  Ended RunWith(const Bytes& answers, const std::string& environment = "") {
     WriteFile(folder_ / "answers", {answers.begin(), answers.end()});
-    return Run("SCRIPTED_ANSWERS='" + Path("answers") + "'");
+    return Run(environment + "SCRIPTED_ANSWERS='" + Path("answers") + "'");
   }
 
   std::string Path(const char* name) const { return (folder_ / name).string(); }
 
   fs::path folder_;
-  std::vector<std::string> compilers_;
+  std::vector<std::string> compilers_ = {"gcc", "clang"};
 };
 
 Record RecordOf(const std::string& row) {
@@ -122,8 +118,7 @@ TEST_F(Reproduce, TakesAnyTextThatADriverGives) {
   record.ending.reason = hostile;
   Suspects suspects;
   suspects.byRow[record.row] = {{hostile, hostile + hostile + hostile}, {"unexplained", ""}};
-  CompileWith(compilers_,
-              ReproducerOf(record, {hostile, hostile, hostile, hostile, hostile, 0}, suspects));
+  Compile(ReproducerOf(record, {hostile, hostile, hostile, hostile, hostile, 0}, suspects));
   EXPECT_NE(Run().output.find("options: " + record.buildOptions + "\n"), std::string::npos);
 }
 
@@ -134,7 +129,7 @@ TEST_F(Reproduce, HandsOverTheTextAndMakesTheSuitesCallsInTheirOrder) {
     const bool twoInputs = RowNamed(row)->twoInputs;
     Record record = RecordOf(row);
     record.localSize = 64;
-    CompileWith(compilers_, ReproducerOf(record, flushes, {}));
+    Compile(ReproducerOf(record, flushes, {}));
     std::string calls;
     const auto call = [&calls](const char* name, int times = 1) {
       while (times-- > 0) calls += std::string("> ") + name + "\n";
@@ -249,22 +244,140 @@ TEST_F(Reproduce, TakesTheAnswersThatAreRight) {
     }
     Device device = flushes;
     device.singleFpConfig = one.config;
+    const std::string floats = "SCRIPTED_FLOATS=" + std::to_string(one.config) + " ";
     Compile(ReproducerOf(record, device, {}));
     Bytes answers = Zeros(row);
     if (row.operation == Operation::power) Put(answers, 0, 0x3F800000);
     for (const std::uint32_t answer : one.right) {
       Put(answers, place, answer);
-      const Ended ended = RunWith(answers);
+      const Ended ended = RunWith(answers, floats);
       EXPECT_EQ(ended.status, 0) << ended.output;
     }
     for (const std::uint32_t answer : one.wrong) {
       Put(answers, place, answer);
-      const Ended ended = RunWith(answers);
+      const Ended ended = RunWith(answers, floats);
       EXPECT_EQ(ended.status, 1) << std::hex << answer;
       EXPECT_NE(ended.output.find("element 9, lane 0: the answer is 0x"), std::string::npos);
       EXPECT_NE(ended.output.find("\n1 of "), std::string::npos) << ended.output;
     }
   }
+}
+
+// What the device reports where the program is run, and what it ends with there.
+TEST_F(Reproduce, JudgesNoDeviceForWhichTheAnswersAreNotMade) {
+  constexpr std::uint64_t nearest = CL_FP_ROUND_TO_NEAREST | CL_FP_INF_NAN;
+  constexpr std::uint64_t zero = CL_FP_ROUND_TO_ZERO | CL_FP_INF_NAN;
+  const struct {
+    const char* row;
+    std::uint64_t madeOn;  // 0: that device does not tell
+    std::uint32_t a, b;    // of each element
+    std::uint32_t right;
+    std::uint64_t runOn;
+    const char* refusal;  // empty: the device is right
+  } cases[] = {
+      // Neither a denormal nor anything to round: right is the same everywhere.
+      {"multiply_union_scalar_2", nearest, 2, 0x40400000, 0x40C00000, nearest | CL_FP_DENORM, ""},
+      {"multiply_union_scalar_2", nearest, 2, 0x40400000, 0x40C00000, zero, ""},
+      {"multiply_union_scalar_2", nearest, 2, 0x40400000, 0x40C00000, 0, ""},
+      // A denormal.
+      {"multiply_union_scalar_2", nearest, 2, 1, 2, nearest, ""},
+      {"multiply_union_scalar_2", nearest, 2, 1, 2, nearest | CL_FP_FMA, ""},
+      {"multiply_union_scalar_2", nearest, 2, 1, 2, 0, ""},
+      {"multiply_union_scalar_2", 0, 2, 1, 2, nearest, ""},
+      {"multiply_union_scalar_2", nearest, 2, 1, 2, nearest | CL_FP_DENORM,
+       "ERROR: this device reports CL_FP_DENORM, and the right answers here are for one that does "
+       "not\n"},
+      {"multiply_union_scalar_2", nearest | CL_FP_DENORM, 2, 1, 2, nearest,
+       "ERROR: this device reports no CL_FP_DENORM, and the right answers here are for one that "
+       "does\n"},
+      // An integer of more than 24 bits.
+      {"copy_union_scalar_1", nearest, 0x1000003, 0, 0x4B800002, nearest | CL_FP_DENORM, ""},
+      {"copy_union_scalar_1", nearest, 0x1000003, 0, 0x4B800002, zero,
+       "ERROR: this device reports no CL_FP_ROUND_TO_NEAREST, and the right answers here are for "
+       "one that does\n"},
+      {"copy_union_scalar_1", zero, 0x1000003, 0, 0x4B800001, zero, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.row << " " << c.madeOn << " " << c.runOn);
+    const Row row = *RowNamed(c.row);
+    Record record = RecordOf(c.row);
+    Repetition& repetition = record.repetitions.emplace_back();
+    repetition.inputA = Zeros(row);
+    if (row.twoInputs) repetition.inputB = Zeros(row);
+    Bytes answers = Zeros(row);
+    for (std::size_t at = 0; at < answers.size(); at += row.stride) {
+      Put(repetition.inputA, at, c.a);
+      if (row.twoInputs) Put(repetition.inputB, at, c.b);
+      Put(answers, at, c.right);
+    }
+    Device device = flushes;
+    device.singleFpConfig = c.madeOn;
+    Compile(ReproducerOf(record, device, {}));
+    const std::string floats =
+        c.runOn == 0 ? "" : "SCRIPTED_FLOATS=" + std::to_string(c.runOn) + " ";
+    const Ended ended = RunWith(answers, floats);
+    EXPECT_EQ(ended.status, *c.refusal == '\0' ? 0 : 2) << ended.output;
+    EXPECT_NE(ended.output.find(c.refusal), std::string::npos) << ended.output;
+  }
+}
+
+// The frame by itself, with its example in it.
+TEST_F(Reproduce, HasAFrameThatIsAProgram) {
+  Compile(reproducer::frame);
+  Bytes answers(8);
+  Put(answers, 0, 0x3F800000);
+  Put(answers, 4, 0xBF800000);
+  const Ended right = RunWith(answers);
+  EXPECT_EQ(right.status, 0) << right.output;
+  const std::string text = ReadFile(folder_ / "text");
+  EXPECT_EQ(text.size(), 140U);
+  EXPECT_EQ(text.substr(text.size() - 3), "\n}\n");
+  Put(answers, 4, 0x3F800000);
+  EXPECT_EQ(RunWith(answers).status, 1);
+}
+
+// Of another kind than rows: no input, no count, integers for answers, other sizes.
+TEST_F(Reproduce, IsMadeOfOtherKernelsToo) {
+  reproducer::Case made;
+  made.head = {{"Program:", "7:1"}, reproducer::HowToCompile("faults/x y.c")};
+  made.source = "__kernel void f(__global uint* out) { out[get_global_id(0)] = 7; }\n";
+  made.kernel = "f";
+  made.elements = 3;
+  made.lanes = 2;
+  made.stride = 12;
+  made.countArgument = made.floatAnswers = false;
+  for (int element = 0; element < 3; ++element) {
+    for (int lane = 0; lane < 2; ++lane) made.right.push_back({element, lane, 7, 7, "7"});
+  }
+  const std::string text = reproducer::ProgramOf(made);
+  EXPECT_NE(text.find(" * Compile:    cc -std=c99 -o 'x y' 'x y.c' -lOpenCL\n"), std::string::npos);
+  Compile(text);
+  Bytes answers(36);
+  for (const std::size_t at : {0, 4, 12, 16, 24, 28}) Put(answers, at, 7);
+  EXPECT_EQ(RunWith(answers).status, 0);
+  EXPECT_EQ(ReadFile(folder_ / "text"), made.source);
+  Put(answers, 28, 8);
+  const Ended ended = RunWith(answers);
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_NE(ended.output.find(
+                "element 2, lane 1: the answer is 0x00000008, right is 0x00000007\n1 of 6 lanes"),
+            std::string::npos)
+      << ended.output;
+  EXPECT_EQ(ended.output.find("clEnqueueWriteBuffer"), std::string::npos);
+}
+
+TEST(HowToCompile, NamesTheFileThatIsWritten) {
+  const struct {
+    const char* file;
+    const char* command;
+  } cases[] = {
+      {"fault.c", "cc -std=c99 -o fault fault.c -lOpenCL"},
+      {"/tmp/out/fault.c", "cc -std=c99 -o fault fault.c -lOpenCL"},
+      {"fault", "cc -std=c99 -o fault.out -x c fault -lOpenCL"},
+      {".c", "cc -std=c99 -o .c.out -x c .c -lOpenCL"},
+      {"-c.c", "cc -std=c99 -o ./-c ./-c.c -lOpenCL"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(reproducer::HowToCompile(c.file).text, c.command);
 }
 
 // Which of three repetitions goes into the reproducer. Each has its number in its first byte.
@@ -319,7 +432,8 @@ TEST(ReproducerOf, TakesTheRepetitionThatShowsTheFault) {
               std::string::npos);
     char first[8];
     std::snprintf(first, sizeof first, "0x%02X", choice.first);
-    EXPECT_NE(text.find(std::string("    /* element 0 */\n    ") + first), std::string::npos);
+    EXPECT_NE(text.find(std::string("    /* element 0 */\n    ") + first),
+              std::string::npos);
   }
 }
 

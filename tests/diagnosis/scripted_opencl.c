@@ -1,7 +1,8 @@
 /* An OpenCL for reproducers. It writes the name of each call on standard output as a line of its
  * own, "> NAME", and the program's text into the file that SCRIPTED_TEXT names. The call that
  * SCRIPTED_FAILURE names fails with -5. A read gives the bytes of the file that SCRIPTED_ANSWERS
- * names, and zeros behind them. The first platform has no device, the second a GPU, or a processor
+ * names, and zeros behind them. The device's floats can do what SCRIPTED_FLOATS says in bits, and it
+ * does not tell if that is not set. The first platform has no device, the second a GPU, or a processor
  * if SCRIPTED_PROCESSOR is set. */
 
 #define CL_TARGET_OPENCL_VERSION 120
@@ -58,7 +59,14 @@ cl_int clGetContextInfo(cl_context context, cl_context_info name, size_t size, v
 
 cl_int clGetDeviceInfo(cl_device_id device, cl_device_info name, size_t size, void* value,
                        size_t* returned) {
-  (void)device, (void)name, (void)size, (void)returned;
+  (void)device, (void)returned;
+  if (name == CL_DEVICE_SINGLE_FP_CONFIG) {
+    const char* floats = getenv("SCRIPTED_FLOATS");
+    if (size != sizeof(cl_device_fp_config)) abort();
+    if (floats == NULL) return CL_INVALID_VALUE;
+    *(cl_device_fp_config*)value = strtoul(floats, NULL, 0);
+    return CL_SUCCESS;
+  }
   strcpy(value, "scripted");
   return Called("clGetDeviceInfo");
 }
