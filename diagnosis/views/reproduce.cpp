@@ -126,7 +126,8 @@ std::uint64_t BitsThatMatter(const Device& device, const Row& row, const Repetit
                              const std::string& buildOptions,
                              const std::vector<reproducer::Right>& right) {
   std::uint64_t bits = 0;
-  for (const std::uint64_t bit : {CL_FP_DENORM, CL_FP_ROUND_TO_NEAREST}) {
+  for (const cl_device_fp_config bit :
+       {cl_device_fp_config{CL_FP_DENORM}, cl_device_fp_config{CL_FP_ROUND_TO_NEAREST}}) {
     // One more bit that decides nothing, so that there is a report.
     const std::uint64_t other = (KnownConfigOf(device) ^ bit) | CL_FP_INF_NAN;
     if (RightOn(device, other, row, repetition, buildOptions) != right) bits |= bit;

@@ -353,7 +353,7 @@ TEST_F(Reproduce, IsMadeOfOtherKernelsToo) {
   EXPECT_NE(text.find(" * Compile:    cc -std=c99 -o 'x y' 'x y.c' -lOpenCL\n"), std::string::npos);
   Compile(text);
   Bytes answers(36);
-  for (const std::size_t at : {0, 4, 12, 16, 24, 28}) Put(answers, at, 7);
+  for (const std::size_t at : {0U, 4U, 12U, 16U, 24U, 28U}) Put(answers, at, 7);
   EXPECT_EQ(RunWith(answers).status, 0);
   EXPECT_EQ(ReadFile(folder_ / "text"), made.source);
   Put(answers, 28, 8);
@@ -432,8 +432,7 @@ TEST(ReproducerOf, TakesTheRepetitionThatShowsTheFault) {
               std::string::npos);
     char first[8];
     std::snprintf(first, sizeof first, "0x%02X", choice.first);
-    EXPECT_NE(text.find(std::string("    /* element 0 */\n    ") + first),
-              std::string::npos);
+    EXPECT_NE(text.find(std::string("    /* element 0 */\n    ") + first), std::string::npos);
   }
 }
 
