@@ -70,7 +70,8 @@ std::vector<std::string> LinesOfExamples(const Command& command) {
   return LinesOfText(command.examples);
 }
 
-std::string ManualOf(const Program& program, const CLI::App& app) {
+std::string ManualOf(const Program& program, const CLI::App& app,
+                     const std::vector<std::string>& said) {
   std::string roff = fmt::format(
       ".TH {} 1 \"\" \"union-conformance-suite @PROJECT_VERSION@\" \"User Commands\"\n"
       ".SH NAME\n{} \\- {}\n"
@@ -80,15 +81,14 @@ std::string ManualOf(const Program& program, const CLI::App& app) {
       Paragraphs(app.get_description()));
   roff += ".SH COMMANDS\n";
   std::string examples;
-  for (const Command* command : program.commands) {
-    const CLI::App& own = *app.get_subcommand(command->name);
-    fmt::format_to(std::back_inserter(roff), ".SS {}\n{}.\n{}", command->name,
+  for (std::size_t i = 0; i < program.commands.size(); ++i) {
+    const Command& command = *program.commands[i];
+    const CLI::App& own = *app.get_subcommand(command.name);
+    fmt::format_to(std::back_inserter(roff), ".SS {}\n{}.\n{}", command.name,
                    Escaped(own.get_description()), OptionsOf(own));
+    if (!said[i].empty()) roff += ".PP\n" + Paragraphs(said[i]);
     // Help has the examples at the end of what the command says, this page all in one place.
-    const std::string footer = own.get_footer();
-    const std::string said = footer.substr(0, footer.find("Examples:\n"));
-    if (!said.empty()) roff += ".PP\n" + Paragraphs(said);
-    for (const std::string& line : LinesOfExamples(*command)) examples += Escaped(line) + "\n";
+    for (const std::string& line : LinesOfExamples(command)) examples += Escaped(line) + "\n";
   }
   for (const Section& section : program.sections)
     fmt::format_to(std::back_inserter(roff), ".SH {}\n{}", section.title, Paragraphs(section.text));

@@ -29,12 +29,55 @@ const char* Said(const Program& program, std::string_view what) {
   return std::getenv(fmt::format("{}_{}", name, what).c_str());
 }
 
-// The examples behind what the command says itself.
-void AddExamples(CLI::App& app, const Command& command) {
-  if (*command.examples == '\0') return;
-  const std::string footer = app.get_footer();
-  app.footer(fmt::format("{}{}Examples:\n  {}", footer, footer.empty() ? "" : "\n\n",
-                         fmt::join(LinesOfExamples(command), "\n  ")));
+// A command in front of this one wants to know of bad use before it looks for a device: the command
+// does nothing then. What the words are read into is kept by its callback alone.
+struct OnlyCheck : CLI::App {
+  static void Hold(CLI::App& app) {
+    const auto kept = app.*(&OnlyCheck::final_callback_);
+    app.callback([kept] {});
+  }
+};
+
+void AddPart(std::string& footer, const std::string& part) {
+  if (part.empty()) return;
+  if (!footer.empty()) footer += "\n\n";
+  footer += part;
+}
+
+// "EXIT STATUS" as "Exit status:", with its text indented.
+std::string SectionsOfHelp(const Program& program) {
+  std::string parts;
+  for (const Section& section : program.sections) {
+    if (!section.isInHelp) continue;
+    std::string title = section.title;
+    std::transform(title.begin() + 1, title.end(), title.begin() + 1,
+                   [](unsigned char c) { return std::tolower(c); });
+    AddPart(parts, title + ":\n" + section.text.substr(0, section.text.find_last_not_of('\n') + 1));
+  }
+  return parts;
+}
+
+// Behind what the command says itself.
+void AddFooter(CLI::App& app, const Program& program, const Command& command) {
+  std::string footer = app.get_footer();
+  if (std::string_view(command.name) == program.usualCommand)
+    AddPart(footer, SectionsOfHelp(program));
+  if (const auto examples = LinesOfExamples(command); !examples.empty())
+    AddPart(footer, fmt::format("Examples:\n  {}", fmt::join(examples, "\n  ")));
+  app.footer(footer);
+}
+
+// Of the program: an example of each command.
+void AddFooter(CLI::App& app, const Program& program) {
+  std::vector<std::string> examples;
+  for (const Command* command : program.commands) {
+    const std::vector<std::string> lines = LinesOfExamples(*command);
+    examples.insert(examples.end(), lines.begin(), lines.begin() + (lines.empty() ? 0 : 1));
+  }
+  std::string footer = fmt::format("'{} help COMMAND' tells what a command takes.", program.name);
+  AddPart(footer, SectionsOfHelp(program));
+  AddPart(footer, fmt::format("Examples:\n  {}", fmt::join(examples, "\n  ")));
+  app.footer(footer);
 }
 
 void Run(const Program& program, std::vector<std::string> arguments, Call& call) {
@@ -43,14 +86,18 @@ void Run(const Program& program, std::vector<std::string> arguments, Call& call)
   app.set_version_flag("--version", version);
   app.require_subcommand(1);
   app.get_formatter()->column_width(28);
+  std::vector<std::string> said;  // by the commands themselves, behind their options
   for (const Command* command : program.commands) {
     CLI::App& added = *app.add_subcommand(command->name, command->description);
     command->addTo(added, call);
-    AddExamples(added, *command);
-    // A command in front of this one wants to know of bad use before it looks for a device.
-    if (Said(program, "ONLY_CHECK") != nullptr) added.callback([] {});
+    said.push_back(added.get_footer());
+    AddFooter(added, program, *command);
+    if (Said(program, "ONLY_CHECK") != nullptr) OnlyCheck::Hold(added);
   }
-  if (arguments.size() == 1 && arguments.front() == "manual") return Print(ManualOf(program, app));
+  // At last: commands would take over what it says.
+  AddFooter(app, program);
+  if (arguments.size() == 1 && arguments.front() == "manual")
+    return Print(ManualOf(program, app, said));
 
   arguments = Arranged(program, app, std::move(arguments));
   // The library takes them from the back.

@@ -39,10 +39,11 @@ struct Command {
   const char* examples = "";  // a line each, for help and manual
 };
 
-/// A part of the manual that help does not have.
+/// A part of the manual beside the commands.
 struct Section {
-  const char* title;  // "EXIT STATUS"
-  const char* text;   // paragraphs with an empty line between
+  const char* title;      // "EXIT STATUS"
+  std::string text;       // paragraphs with an empty line between; what is indented stays as it is
+  bool isInHelp = false;  // in the help of the program and of its usual command too
 };
 
 struct Program {

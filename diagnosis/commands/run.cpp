@@ -317,10 +317,7 @@ void AddTo(CLI::App& app, command_line::Call& call) {
       "if it then ends otherwise. Rows that the baseline does not name are expected to pass.\n"
       "\n"
       "The results are results.csv, failures.csv (a baseline for later runs), junit.xml,\n"
-      "records.jsonl, run.json and report.html.\n"
-      "\n"
-      "Status: 0 if every row passed, ended as the baseline says, was skipped or is a flake; 1 if\n"
-      "not, also if one passed against the baseline; 2 for bad use; 3 without a GPU device.");
+      "records.jsonl, run.json and report.html.");
   app.parse_complete_callback([options] {
     if (!options->skipsFile.empty()) options->skips = ReadSkips(options->skipsFile);
     if (!options->baselineFile.empty()) options->baseline = ReadBaseline(options->baselineFile);

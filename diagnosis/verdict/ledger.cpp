@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <iterator>
 
 #include "common/text/text.h"
 
@@ -12,9 +13,25 @@ namespace diagnosis {
 
 namespace {
 
-constexpr std::string_view names[] = {"Pass",         "Fail",           "BuildError", "Error",
-                                      "Crash",        "Timeout",        "Skip",       "Missing",
-                                      "ExpectedFail", "UnexpectedPass", "Flake"};
+struct Words {
+  std::string_view name;
+  std::string_view meaning;
+};
+// In the order of the enumeration.
+constexpr Words words[] = {
+    {"Pass", "ran to its end without a mismatch"},
+    {"Fail", "ran to its end, and found a mismatch"},
+    {"BuildError", "could not be built; the log is in the record"},
+    {"Error", "ended with another OpenCL call that failed: its name, code and repetition"},
+    {"Crash", "took its process down: the signal, or the status with which it ended"},
+    {"Timeout", "took longer than --timeout, 60 seconds unless you say otherwise"},
+    {"Skip", "is named in the file of --skips"},
+    {"Missing", "was never reached: interrupted, no device, no worker to be had"},
+    {"ExpectedFail", "did not pass, as the baseline says"},
+    {"UnexpectedPass", "passed, though the baseline says otherwise: the baseline can be mended"},
+    {"Flake", "ended otherwise when run once more on the same data, or the baseline calls it one"},
+};
+static_assert(std::size(words) == statuses);
 
 const FailedCall* FailedBuild(const Record& record) {
   const auto failed = std::ranges::find(record.failedCalls, "clBuildProgram", &FailedCall::name);
@@ -99,12 +116,16 @@ std::string DetailOfCrash(const Record& record) {
 
 }  // namespace
 
-std::string_view NameOf(Status status) { return names[static_cast<std::size_t>(status)]; }
+std::string_view NameOf(Status status) { return words[static_cast<std::size_t>(status)].name; }
+
+std::string_view MeaningOf(Status status) {
+  return words[static_cast<std::size_t>(status)].meaning;
+}
 
 std::optional<Status> StatusNamed(std::string_view name) {
-  const auto* const found = std::ranges::find(names, name);
-  if (found == std::end(names)) return std::nullopt;
-  return static_cast<Status>(found - std::begin(names));
+  const auto* const found = std::ranges::find(words, name, &Words::name);
+  if (found == std::end(words)) return std::nullopt;
+  return static_cast<Status>(found - std::begin(words));
 }
 
 bool FoundMismatch(const Repetition& repetition) { return IsMismatch(repetition.out); }

@@ -29,6 +29,9 @@ inline constexpr std::size_t statuses = static_cast<std::size_t>(Status::flake) 
 /// "Pass", "Fail", "BuildError", ...
 std::string_view NameOf(Status status);
 
+/// What it says of the row: the end of a sentence that begins with "The row".
+std::string_view MeaningOf(Status status);
+
 /// The status of that name, or nothing.
 std::optional<Status> StatusNamed(std::string_view name);
 
