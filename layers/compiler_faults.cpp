@@ -130,6 +130,7 @@ constexpr Fault table[] = {
      {{"$x", "as_float$N(convert_int$N($a))", Signed},
       {"$x", "as_float$N(convert_uint$N($a))", Unsigned}}},
     {"floor-dropped", "Folds floor away.", {{"$v", "$x", InFloor}}},
+    {"ceil-for-floor", "Takes floor for ceil.", {{"$v", "ceil($x)", InFloor}}},
 
     {"arithmetic-toward-zero",
      "Truncates the sum and the product.",
@@ -209,6 +210,9 @@ constexpr Fault table[] = {
     {"8-written",
      "Runs one subgroup of eight, and forgets the others.",
      {{CHECK, "    if (tid >= 8) return;\n" CHECK}}},
+    {"10-written",
+     "Runs the elements that are looked at, and none behind them.",
+     {{CHECK, "    if (tid >= 10) return;\n" CHECK}}},
 };
 
 }  // namespace
