@@ -24,7 +24,7 @@
 #include <string_view>
 #include <vector>
 
-#include "layers/not_taken.h"
+#include "common/opencl/not_taken.h"
 
 namespace {
 
@@ -137,7 +137,7 @@ int main(int argc, char** argv) {
   cl_platform_id platform = nullptr;
   if (clGetPlatformIDs(1, &platform, nullptr) != CL_SUCCESS) Answer(1, "no OpenCL platform");
 
-  if (const std::string layer = layer::NotTaken(layers); !layer.empty())
+  if (const std::string layer = opencl::NotTaken(layers); !layer.empty())
     Answer(2, "the OpenCL loader did not take the layer " + layer);
 
   cl_device_id device = nullptr;

@@ -129,19 +129,13 @@ bool Apply(Event event, Reader data, Record& record) {
 }  // namespace
 
 void Journal::Clear() {
-  size_ = 0;
+  bytes_.Clear();
   std::ranges::fill(texts_, 0);
 }
 
 void Journal::Append(Event event, std::span<const std::byte> data) {
   const Header header{static_cast<std::uint32_t>(event), static_cast<std::uint32_t>(data.size())};
-  const std::size_t size = size_;
-  if (size > capacity || data.size() > capacity - size ||
-      sizeof header > capacity - size - data.size())
-    return;
-  std::memcpy(memory_ + size, &header, sizeof header);
-  if (!data.empty()) std::memcpy(memory_ + size + sizeof header, data.data(), data.size());
-  size_.store(size + sizeof header + data.size(), std::memory_order_release);
+  bytes_.Append({std::as_bytes(std::span(&header, 1)), data});
 }
 
 void Journal::Write(Event event, std::span<const std::byte> data) {
@@ -163,13 +157,8 @@ void Journal::Write(Event event, std::string_view text) {
   Write(event, std::as_bytes(std::span(text)));
 }
 
-std::span<const std::byte> Journal::Written() const {
-  const std::size_t size = size_.load(std::memory_order_acquire);
-  return {memory_, size <= capacity ? size : 0};
-}
-
-bool ReadJournal(std::span<const std::byte> written, Record& record) {
-  Reader reader(written);
+bool ReadJournal(std::string_view written, Record& record) {
+  Reader reader(std::as_bytes(std::span(written)));
   while (!reader.Empty()) {
     Header header{};
     if (!reader.Get(header)) return false;

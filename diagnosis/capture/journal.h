@@ -1,11 +1,11 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
 
+#include "common/workers/runner.h"
 #include "diagnosis/record/record.h"
 
 namespace diagnosis {
@@ -32,33 +32,28 @@ enum class Event : std::uint8_t {
 };
 
 /// What happens in a row, written down as it happens. It lies in memory that outlives the process
-/// that writes, so that nothing is lost when the driver ends that, and nothing is allocated, which
-/// the driver may have spoilt.
+/// that writes.
 class Journal {
  public:
   /// The row's own texts go in as far as this, each kind for itself; the rest is left out, which is
   /// said at the end.
   static constexpr std::size_t longestText = 256 << 10;
 
+  explicit Journal(workers::SharedBytes& bytes) : bytes_(bytes) {}
+
   void Clear();
   void Write(Event event, std::span<const std::byte> data = {});
   void Write(Event event, std::string_view text);
 
-  /// All that was written, or nothing if the size cannot be true.
-  std::span<const std::byte> Written() const;
-
  private:
-  static constexpr std::size_t capacity = 4 << 20;
-
   void Append(Event event, std::span<const std::byte> data);
 
-  std::atomic<std::size_t> size_;
-  std::size_t texts_[static_cast<std::size_t>(Event::returned)];
-  std::byte memory_[capacity];
+  workers::SharedBytes& bytes_;
+  std::size_t texts_[static_cast<std::size_t>(Event::returned)] = {};
 };
 
 /// Puts what is in a journal into `record`. The journal may end anywhere. False, with what stands
 /// before it taken, at what no journal can hold.
-bool ReadJournal(std::span<const std::byte> written, Record& record);
+bool ReadJournal(std::string_view written, Record& record);
 
 }  // namespace diagnosis

@@ -43,7 +43,7 @@ void AddFrom(CLI::App& app, std::string& folder, const char* description) {
     from->excludes(app.get_option(option));
 }
 
-void AddPoolOptions(CLI::App& app, const command_line::Call& call, PoolOptions& options) {
+void AddPoolOptions(CLI::App& app, const command_line::Call& call, RowsOptions& options) {
   options.folder = call.workersFolder;
   app.add_option("-j,--jobs", options.workers, "Workers side by side")
       ->type_name("N")

@@ -21,7 +21,7 @@ struct Options {
   std::vector<std::string> patterns;
   std::string folder;
   bool allLanes = false;
-  PoolOptions pool;
+  RowsOptions pool;
 };
 
 void ExplainRows(const Options& options) {

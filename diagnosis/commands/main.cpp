@@ -6,8 +6,9 @@
 #include <vector>
 
 #include "common/command_line/program.h"
-#include "common/workers/worker.h"
+#include "common/workers/runner.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/execution/row_runner.h"
 #include "diagnosis/verdict/ledger.h"
 
 namespace {
@@ -64,7 +65,7 @@ command_line::Program Triage(const std::vector<command_line::Section>& sections)
           "Without a command, 'run' is meant: 'triage ROW...' is 'triage run ROW...'.",
       .commands = commands,
       .usualCommand = "run",
-      .worker = diagnosis::WorkerMain,
+      .worker = [] { return workers::WorkerMain(diagnosis::rowRunner); },
       .sections = sections,
   };
 }

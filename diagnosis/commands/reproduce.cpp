@@ -28,7 +28,7 @@ struct Options {
   std::string folder;
   std::string file;
   bool anyway = false;
-  PoolOptions pool;
+  RowsOptions pool;
 };
 
 void WriteReproducer(const Options& options) {

@@ -24,8 +24,8 @@
 #include "common/outputs/reporter.h"
 #include "common/outputs/results.h"
 #include "common/text/text.h"
-#include "common/workers/pool.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/execution/run_rows.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/record.h"
 #include "diagnosis/record/select.h"
@@ -39,7 +39,7 @@ namespace {
 
 struct Options {
   std::vector<std::string> patterns;
-  PoolOptions pool;
+  RowsOptions pool;
   std::string buildOptions;
   std::uint64_t localSize = 0;
   std::string skipsFile;
@@ -144,7 +144,7 @@ class TriageRun {
   TriageRun& operator=(const TriageRun&) = delete;
 
   int Run() {
-    std::vector<Job> jobs;
+    std::vector<RowJob> jobs;
     for (const std::size_t row : selected_) {
       const auto skip = options_.skips.find(rows[row].name);
       if (skip == options_.skips.end()) {
@@ -158,36 +158,34 @@ class TriageRun {
         Ended(std::move(record));
       }
     }
-    const auto ended = [this](const Job&, Record record) { Ended(std::move(record)); };
-    const PoolEnd end =
-        jobs.empty() ? PoolEnd::finished : RunJobs(jobs, options_.pool, Listener(ended));
-    if (end == PoolEnd::noDevice) isSilent_ = true;
+    const auto ended = [this](const RowJob&, Record record) { Ended(std::move(record)); };
+    const workers::PoolEnd end = RunRows(jobs, options_.pool, Listener(ended));
+    if (end.kind == workers::PoolEnd::Kind::noDevice) isSilent_ = true;
     Begin({});
-    if (end == PoolEnd::finished && !again_.empty()) RunAgain();
+    if (end.kind == workers::PoolEnd::Kind::finished && !again_.empty()) RunAgain();
     return Finish(end);
   }
 
  private:
   Expectations Expected() const { return {options_.baseline, options_.flakesFail, false}; }
 
-  Job JobOf(std::size_t row) const {
-    Job job;
+  RowJob JobOf(std::size_t row) const {
+    RowJob job;
     job.row = row;
     job.buildOptions = options_.buildOptions;
     job.localSize = options_.localSize;
     return job;
   }
 
-  PoolListener Listener(std::function<void(const Job&, Record)> ended) {
-    PoolListener listener;
+  RowsListener Listener(std::function<void(const RowJob&, Record)> ended) {
+    RowsListener listener;
     listener.device = [this](const Device& device) { Begin(device); };
-    listener.started = [this](const Job& job) {
+    listener.started = [this](const RowJob& job) {
       const std::string row(rows[job.row].name);
       Write([&row](ResultsFolder& folder) { folder.Started(row); });
       Report([&row](Reporter& reporter) { reporter.Started(row); });
     };
     listener.ended = std::move(ended);
-    listener.noDevice = [this](const std::string& reason) { noDevice_ = reason; };
     listener.tick = [this] { Report([](Reporter& reporter) { reporter.Tick(); }); };
     return listener;
   }
@@ -227,12 +225,12 @@ class TriageRun {
   }
 
   void RunAgain() {
-    std::vector<Job> jobs;
+    std::vector<RowJob> jobs;
     for (const std::size_t row : again_) {
       jobs.push_back(JobOf(row));
       jobs.back().freshWorker = true;
     }
-    RunJobs(jobs, options_.pool, Listener([this](const Job&, Record record) {
+    RunRows(jobs, options_.pool, Listener([this](const RowJob&, Record record) {
               const auto first = std::ranges::find(records_, record.row, &Record::row);
               first->again.push_back(std::move(record));
               AccountedRow& row = account_[static_cast<std::size_t>(first - records_.begin())];
@@ -241,14 +239,14 @@ class TriageRun {
             }));
   }
 
-  int Finish(PoolEnd end) {
+  int Finish(const workers::PoolEnd& end) {
     const bool addsUp = AddsUp(account_, info_.selected);
     std::ranges::sort(account_, {}, [](const AccountedRow& row) { return RowCalled(row.name); });
     std::ranges::sort(records_, {}, [](const Record& record) { return RowCalled(record.row); });
     info_.end = Now();
     Write([this](ResultsFolder& folder) { folder.Finish(records_, account_, info_.end); });
-    if (end == PoolEnd::noDevice) {
-      fmt::print(stderr, "triage: {}\n", text::PrintableLine(noDevice_, 1000));
+    if (end.kind == workers::PoolEnd::Kind::noDevice) {
+      fmt::print(stderr, "triage: {}\n", text::PrintableLine(end.reason, 1000));
       return 3;
     }
     std::string remarks;
@@ -279,7 +277,6 @@ class TriageRun {
 
   bool hasBegun_ = false;
   bool isSilent_ = false;
-  std::string noDevice_;               // why there is none, if there is none
   std::vector<Record> early_;          // ended before the device was known
   std::vector<Record> records_;        // in the order in which they ended
   std::vector<AccountedRow> account_;  // of the same

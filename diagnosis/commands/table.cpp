@@ -19,7 +19,7 @@ namespace {
 struct Options {
   std::vector<std::string> patterns;
   std::string folder;
-  PoolOptions pool;
+  RowsOptions pool;
 };
 
 std::string_view NameOf(Opinion::Verdict verdict) {

@@ -14,16 +14,20 @@ namespace {
 
 struct Options {
   std::vector<std::string> patterns;
-  PoolOptions pool;
+  RowsOptions pool;
 };
 
 void RunVariations(const Options& options) {
-  std::vector<Job> jobs;
+  std::vector<RowJob> jobs;
   for (const std::size_t row : Select(options.patterns)) {
-    const std::vector<Job> variations = VariationsOf(row);
-    jobs.insert(jobs.end(), variations.begin(), variations.end());
+    for (const Variation& variation : Variations())
+      jobs.push_back({.row = row,
+                      .buildOptions = variation.buildOptions,
+                      .localSize = variation.localSize,
+                      .passes = variation.passes,
+                      .freshWorker = true});
   }
-  command_line::Print(TableOfVariations(jobs, RunNow(jobs, options.pool)));
+  command_line::Print(TableOfVariations(RunNow(jobs, options.pool)));
 }
 
 void AddTo(CLI::App& app, command_line::Call& call) {

@@ -10,48 +10,32 @@
 
 namespace diagnosis {
 
-namespace {
-
-bool IsSame(const Job& one, const Job& other) {
-  return one.row == other.row && one.buildOptions == other.buildOptions &&
-         one.localSize == other.localSize && one.passes == other.passes;
-}
-
-}  // namespace
-
-Run RunNow(const std::vector<Job>& jobs, const PoolOptions& options) {
+Run RunNow(const std::vector<RowJob>& jobs, const RowsOptions& options) {
   Run run;
   run.records.resize(jobs.size());
-  std::vector<bool> isIn(jobs.size());
-  PoolListener listener;
+  RowsListener listener;
   listener.device = [&run](const Device& device) { run.info.device = device; };
-  std::string noDevice;
-  listener.noDevice = [&noDevice](const std::string& reason) { noDevice = reason; };
-  listener.started = [](const Job&) {};
-  listener.ended = [&](const Job& ended, Record record) {
-    for (std::size_t i = 0; i < jobs.size(); ++i) {
-      if (isIn[i] || !IsSame(jobs[i], ended)) continue;
-      isIn[i] = true;
-      run.records[i] = std::move(record);
-      return;
-    }
+  listener.ended = [&](const RowJob& ended, Record record) {
+    run.records[static_cast<std::size_t>(&ended - jobs.data())] = std::move(record);
   };
-  switch (RunJobs(jobs, options, listener)) {
-    case PoolEnd::noDevice:
-      throw text::NothingToRunOn(noDevice);
-    case PoolEnd::interrupted:
-      throw std::runtime_error("interrupted");
-    case PoolEnd::finished:
+  const workers::PoolEnd end = RunRows(jobs, options, listener);
+  switch (end.kind) {
+    case workers::PoolEnd::Kind::noDevice:
+      throw text::NothingToRunOn(end.reason);
+    case workers::PoolEnd::Kind::interrupted:
+      throw std::runtime_error(end.reason);
+    case workers::PoolEnd::Kind::noWorker:  // each record says so
+    case workers::PoolEnd::Kind::finished:
       break;
   }
-  for (const Job& job : jobs) run.info.selected.emplace_back(rows[job.row].name);
+  for (const RowJob& job : jobs) run.info.selected.emplace_back(rows[job.row].name);
   return run;
 }
 
 Run RunOf(const std::vector<std::size_t>& rowsWanted, const std::string& folder,
-          const PoolOptions& options) {
+          const RowsOptions& options) {
   if (folder.empty()) {
-    std::vector<Job> jobs;
+    std::vector<RowJob> jobs;
     for (const std::size_t row : rowsWanted) jobs.emplace_back().row = row;
     return RunNow(jobs, options);
   }

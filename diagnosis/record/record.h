@@ -56,6 +56,9 @@ struct Ending {
   std::string reason;
 };
 
+/// In an ending's reason, before how the worker was lost in which the row was run first.
+inline constexpr std::string_view runOnceMore = "run once more after the first worker was lost: ";
+
 /// One row, once run (or not).
 struct Record {
   std::string row;

@@ -110,7 +110,8 @@ std::string DetailOfCrash(const Record& record) {
     case Ending::Kind::exited:
       return fmt::format("exit status {} {}", ending.value, PlaceOf(record));
     default:
-      return fmt::format("worker lost {}: {}", PlaceOf(record), text::PrintableLine(ending.reason));
+      // Where the row was then is lost too.
+      return text::PrintableLine(ending.reason);
   }
 }
 

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "common/workers/pool.h"
-
 namespace diagnosis {
 
 std::string LostOfRun(const Run& run) {

@@ -6,18 +6,10 @@
 #include <string_view>
 
 #include "diagnosis/verdict/row_result.h"
-#include "harness/rows.h"
 
 namespace diagnosis {
 
 namespace {
-
-struct Variation {
-  std::string_view name;
-  const char* buildOptions = "";
-  std::uint64_t localSize = 0;
-  int passes = 1;
-};
 
 constexpr Variation variations[] = {
     {"as it is"},
@@ -33,7 +25,7 @@ constexpr Variation variations[] = {
     {"a second time", "", 0, 2},
 };
 
-// A job among those of its row.
+// A record among those of its row.
 constexpr std::size_t count = std::size(variations);
 
 bool IsGood(const RowResult& seen) { return seen.category == Category::passedRight; }
@@ -57,28 +49,18 @@ std::string VerdictOn(const std::vector<RowResult>& seen) {
 
 }  // namespace
 
-std::vector<Job> VariationsOf(std::size_t row) {
-  std::vector<Job> jobs;
-  for (const Variation& variation : variations) {
-    jobs.push_back({.row = row,
-                    .buildOptions = variation.buildOptions,
-                    .localSize = variation.localSize,
-                    .passes = variation.passes,
-                    .freshWorker = true});
-  }
-  return jobs;
-}
+std::span<const Variation> Variations() { return variations; }
 
-std::string TableOfVariations(const std::vector<Job>& jobs, const Run& run) {
+std::string TableOfVariations(const Run& run) {
   std::string table =
       fmt::format("  {:<24}{:<12}{:<9}{}\n", "", "status", "opinion", "wrong lanes");
   const auto out = std::back_inserter(table);
   std::vector<RowResult> seen;
-  for (std::size_t i = 0; i < jobs.size(); ++i) {
+  for (std::size_t i = 0; i < run.records.size(); ++i) {
     const Record& record = run.records[i];
     if (i % count == 0) {
       seen.clear();
-      fmt::format_to(out, "{}\n", rows[jobs[i].row].name);
+      fmt::format_to(out, "{}\n", record.row);
     }
     const RowResult& now = seen.emplace_back(ResultOf(record, run.info.device, {}));
     const bool isSeen = now.opinion.verdict != Opinion::Verdict::unseen;

@@ -1,20 +1,27 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
-#include <vector>
 
-#include "common/workers/pool.h"
 #include "diagnosis/record/record.h"
 
 namespace diagnosis {
 
-/// The jobs that `triage vary` runs for a row, each in a worker of its own: as the suite does it
-/// first, and then with one thing otherwise.
-std::vector<Job> VariationsOf(std::size_t row);
+/// A way to run a row with one thing otherwise than the suite has it.
+struct Variation {
+  const char* name;
+  const char* buildOptions = "";
+  std::uint64_t localSize = 0;
+  int passes = 1;
+};
 
-/// The records of these jobs, row by row in their order, as a table: what was otherwise, and what
-/// became of the row. Line ends included.
-std::string TableOfVariations(const std::vector<Job>& jobs, const Run& run);
+/// Those that `triage vary` runs a row in, each in a worker of its own; the first is the suite's
+/// way.
+std::span<const Variation> Variations();
+
+/// The records of these, row by row and all variations of a row in their order, as a table: what
+/// was otherwise, and what became of the row. Line ends included.
+std::string TableOfVariations(const Run& run);
 
 }  // namespace diagnosis

@@ -147,7 +147,7 @@ TEST(Ledger, TakesTheGravestOfWhatARowShows) {
        "",
        "",
        Status::crash,
-       "worker lost after repetition 2: end of\\x0Afile"},
+       "end of\\x0Afile"},
       {"a hang",
        Kind::timedOut,
        0,

@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "common/workers/worker.h"
+#include "common/workers/runner.h"
+#include "diagnosis/execution/row_runner.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
@@ -35,7 +36,7 @@ std::string NameOf(const Suspect& suspect) {
 
 void NameFaults(const std::vector<std::string>& patterns, const std::string& folder, bool byRow) {
   const Run run =
-      folder.empty() ? RunOf(Select(patterns), "", {}) : RunOf({}, folder, PoolOptions());
+      folder.empty() ? RunOf(Select(patterns), "", {}) : RunOf({}, folder, RowsOptions());
   const Analysis analysis = AnalysisOf(run, {});
   const Totals& totals = analysis.totals;
   const auto unjudged = std::ranges::count_if(
@@ -58,7 +59,7 @@ void NameFaults(const std::vector<std::string>& patterns, const std::string& fol
 
 int main(int argc, char** argv) try {
   std::vector<std::string> arguments(argv + 1, argv + argc);
-  if (arguments == std::vector<std::string>{"worker"}) return WorkerMain();
+  if (arguments == std::vector<std::string>{"worker"}) return workers::WorkerMain(rowRunner);
   const bool byRow = std::erase(arguments, "--rows") > 0;
   const bool isThere = arguments.size() == 2 && arguments.front() == "--from";
   NameFaults(arguments, isThere ? arguments.back() : "", byRow);

@@ -4,14 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <functional>
-#include <set>
 #include <string>
 #include <string_view>
 
 #include "diagnosis/record/row.h"
-#include "diagnosis/record/select.h"
 
 namespace diagnosis {
 namespace {
@@ -45,34 +42,18 @@ Record Refused() {
   return record;
 }
 
-std::string TableWith(const std::function<Record(const Job&)>& ended) {
-  const std::vector<Job> jobs = VariationsOf(RowCalled(rowName));
+std::string TableWith(const std::function<Record(const Variation&)>& ended) {
   Run run;
-  for (const Job& job : jobs) run.records.push_back(ended(job));
-  return TableOfVariations(jobs, run);
-}
-
-TEST(Vary, RunsEachVariationInAWorkerOfItsOwnWithOneThingOtherwise) {
-  std::set<std::string> different;
-  for (const Job& job : VariationsOf(3)) {
-    EXPECT_EQ(job.row, 3U);
-    EXPECT_TRUE(job.freshWorker);
-    EXPECT_LE((job.buildOptions.empty() ? 0 : 1) + (job.localSize != 0 ? 1 : 0) +
-                  (job.passes != 1 ? 1 : 0),
-              1);
-    different.insert(job.buildOptions + '/' + std::to_string(job.localSize) + '/' +
-                     std::to_string(job.passes));
-  }
-  EXPECT_EQ(different, (std::set<std::string>{"/0/1", "-cl-opt-disable/0/1",
-                                              "-cl-denorms-are-zero/0/1", "-cl-std=CL1.2/0/1",
-                                              "-cl-mad-enable/0/1", "-cl-fast-relaxed-math/0/1",
-                                              "/1/1", "/2/1", "/64/1", "/256/1", "/0/2"}));
+  for (const Variation& variation : Variations()) run.records.push_back(ended(variation));
+  return TableOfVariations(run);
 }
 
 TEST(Vary, SaysWhetherItGoesAway) {
-  EXPECT_EQ(TableWith([](const Job& job) {
-              return job.buildOptions == "-cl-opt-disable" || job.localSize == 1 ? Right()
-                                                                                 : Wrong();
+  EXPECT_EQ(TableWith([](const Variation& variation) {
+              return std::string_view(variation.buildOptions) == "-cl-opt-disable" ||
+                             variation.localSize == 1
+                         ? Right()
+                         : Wrong();
             }),
             "                          status      opinion  wrong lanes\n"
             "copy_union_scalar_1\n"
@@ -89,8 +70,8 @@ TEST(Vary, SaysWhetherItGoesAway) {
             "  a second time           Fail        wrong    2 of 10\n"
             "  goes away with: -cl-opt-disable, local size 1\n");
 
-  const std::string refused =
-      TableWith([](const Job& job) { return job.localSize == 256 ? Refused() : Right(); });
+  const std::string refused = TableWith(
+      [](const Variation& variation) { return variation.localSize == 256 ? Refused() : Right(); });
   EXPECT_NE(refused.find("  local size 256          Error       unseen                 "
                          "clEnqueueNDRangeKernel(-54) in repetition 1\n"),
             std::string::npos)
@@ -98,9 +79,9 @@ TEST(Vary, SaysWhetherItGoesAway) {
   EXPECT_TRUE(refused.ends_with("\n  goes wrong with: local size 256\n")) << refused;
 
   EXPECT_TRUE(
-      TableWith([](const Job&) { return Wrong(); }).ends_with("\n  stays in all of them\n"));
+      TableWith([](const Variation&) { return Wrong(); }).ends_with("\n  stays in all of them\n"));
   EXPECT_TRUE(
-      TableWith([](const Job&) { return Right(); }).ends_with("\n  right in all of them\n"));
+      TableWith([](const Variation&) { return Right(); }).ends_with("\n  right in all of them\n"));
 }
 
 }  // namespace

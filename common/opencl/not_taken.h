@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-namespace layer {
+namespace opencl {
 
 /// The first of the layers that `names` (OPENCL_LAYERS, before OpenCL was first called) asks for
 /// and the loader, once it has answered a call, has not taken: it goes on in silence without one
@@ -17,4 +17,4 @@ inline std::string NotTaken(const std::string& names) {
   return "";
 }
 
-}  // namespace layer
+}  // namespace opencl

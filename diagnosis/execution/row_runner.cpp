@@ -1,21 +1,19 @@
-#include "diagnosis/execution/runner.h"
+#include "diagnosis/execution/row_runner.h"
 
 #include <CL/cl.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <variant>
+#include <string_view>
 
+#include "common/opencl/not_taken.h"
 #include "diagnosis/capture/boundary.h"
 #include "diagnosis/capture/observer.h"
-#include "diagnosis/execution/messages.h"
+#include "diagnosis/execution/row_task.h"
 #include "harness/driver.h"
 #include "harness/rows.h"
-#include "layers/not_taken.h"
 
 namespace diagnosis {
 namespace {
@@ -34,7 +32,7 @@ std::string Text(cl_int (*query)(Object, cl_uint, size_t, void*, size_t*), Objec
 std::string NoDeviceBecause(bool isThere, const std::string& layers) {
   cl_platform_id platform = nullptr;
   if (clGetPlatformIDs(1, &platform, nullptr) == CL_SUCCESS) {
-    const std::string layer = layer::NotTaken(layers);
+    const std::string layer = opencl::NotTaken(layers);
     if (!layer.empty()) return "the OpenCL loader did not take the layer " + layer;
   }
   return isThere ? "" : "the first OpenCL platform has no GPU device, or there is none";
@@ -58,52 +56,26 @@ Device FirstGpu() {
   return first;
 }
 
-// The worker's wake, or its end. Without a socket, which the driver may have closed, the process
-// ends too: the worker sees that, and what the row left is in memory.
-bool Wait(int wake) {
-  char any = 0;
-  ssize_t size = 0;
-  do size = read(wake, &any, 1);
-  while (size < 0 && errno == EINTR);
-  return size == 1;
+workers::BroughtUp BringUp() {
+  // A copy: the loader takes the variable's own text to pieces.
+  const char* const names = std::getenv("OPENCL_LAYERS");
+  const std::string layers(names != nullptr ? names : "");
+  const std::string noDevice = NoDeviceBecause(MatchHostToDevice(), layers);
+  if (!noDevice.empty()) return {.hasDevice = false, .text = noDevice};
+  return {.hasDevice = true, .text = Packed(FirstGpu())};
 }
 
-bool WakeWorker(int wake) { return write(wake, "", 1) == 1; }
-
-void Do(const Task& task, Journal& journal) {
+void RunRow(std::string_view bytes, workers::SharedBytes& answer) {
+  const RowTask task = RowTaskFrom(bytes);
   const auto* const row = std::ranges::find(rows, task.row, &NamedRunner::name);
   if (row == std::end(rows)) return;
+  Journal journal(answer);
   for (int pass = 0; pass < task.passes; ++pass)
     RunObserved(row->run, task.conditions, libraryOpenCl, journal);
 }
 
 }  // namespace
 
-void RunnerMemory::SetMessage(std::string_view bytes) {
-  messageSize_ = std::min(bytes.size(), longestMessage);
-  std::memcpy(message_, bytes.data(), messageSize_);
-}
-
-std::string_view RunnerMemory::Message() const {
-  return {message_, std::min(messageSize_, longestMessage)};
-}
-
-void RunnerMain(RunnerMemory& memory, int wake) noexcept {
-  // A copy: the loader takes the variable's own text to pieces.
-  const char* const names = std::getenv("OPENCL_LAYERS");
-  const std::string layers(names != nullptr ? names : "");
-  const std::string noDevice = NoDeviceBecause(MatchHostToDevice(), layers);
-  memory.SetMessage(noDevice.empty() ? Packed(Answer(FirstGpu())) : noDevice);
-  memory.state = noDevice.empty() ? RunnerMemory::State::ready : RunnerMemory::State::noDevice;
-  while (WakeWorker(wake)) {
-    while (memory.done == memory.asked) {
-      if (!Wait(wake)) std::exit(0);
-    }
-    memory.begun = memory.asked.load();
-    Do(std::get<Task>(OrderFrom(memory.Message())), memory.journal);
-    memory.done = memory.begun.load();
-  }
-  std::exit(0);
-}
+const workers::Runner rowRunner = {.protocol = rowProtocol, .bringUp = BringUp, .run = RunRow};
 
 }  // namespace diagnosis

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "common/workers/jobs.h"
+#include "diagnosis/record/record.h"
+
+namespace diagnosis {
+
+/// A row to be run, and what is put between the suite and OpenCL for it.
+struct RowJob {
+  std::size_t row = 0;  // index in `rows` (harness/rows.h)
+  std::string buildOptions = {};
+  std::uint64_t localSize = 0;
+  int passes = 1;  // how often the row is run in the same process; the last one is recorded
+  bool freshWorker = false;
+};
+
+/// How rows are run. The timeout is a pass's too.
+struct RowsOptions : workers::PoolOptions {
+  bool isolate = false;  // a fresh worker for every row
+  std::uint32_t seed = 1;
+};
+
+/// What is told of a run while it lasts, all on the caller's thread. The jobs are those in the
+/// caller's own list.
+struct RowsListener {
+  std::function<void(const Device&)> device;         // once, before the first row
+  std::function<void(const RowJob&)> started;        // before the worker is told to
+  std::function<void(const RowJob&, Record)> ended;  // once for every job, in the order they end
+  std::function<void()> tick;                        // every second, whatever happens
+};
+
+/// Runs every job in worker processes and returns when each has ended; what was not reached ends as
+/// a record whose ending is `notRun`, with the reason. If a row was run once more, because its
+/// first worker was lost, its record is that of the second run, and its ending's reason says so.
+///
+/// Throws what the listener throws, and std::runtime_error if the system refuses what a run needs.
+workers::PoolEnd RunRows(const std::vector<RowJob>& jobs, const RowsOptions& options,
+                         const RowsListener& listener);
+
+}  // namespace diagnosis
