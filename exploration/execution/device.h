@@ -21,11 +21,10 @@ struct Device {
   std::uint64_t singleFpConfig = 0;
   std::size_t maxWorkGroupSize = 1;
 };
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Device, platform, name, vendor, version, cVersion, driverVersion,
-                                   il, hasDouble, hasHalf, singleFpConfig, maxWorkGroupSize)
-
-/// What a runner of programs said when it brought the driver up. Throws nlohmann::json::exception
-/// if it is not that.
+/// A JSON object with these members.
+std::string Packed(const Device& device);
+/// What a runner of programs said when it brought the driver up. Throws std::runtime_error if it
+/// is not that.
 Device DeviceFrom(const std::string& said);
 
 }  // namespace exploration

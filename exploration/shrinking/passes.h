@@ -19,5 +19,7 @@ struct Pass {
 
 /// In the order in which they are best tried: what takes most out comes first.
 std::span<const Pass> Passes();
+/// The first ones, which leave out whole statements.
+inline constexpr std::size_t coarsePasses = 4;
 
 }  // namespace exploration

@@ -22,7 +22,9 @@ struct ShrinkLimits {
   int tries = 2000;
   /// How many candidates are asked for at once. What comes out does not depend on it.
   int atOnce = 1;
-  int confirmations = 3;  ///< So many runs must go wrong before a step is kept for good.
+  int confirmations = 3;  ///< So many runs of what comes out must go wrong.
+  /// Only whole statements and variables are left out, which is quick.
+  bool isCoarse = false;
 };
 
 struct Shrunk {

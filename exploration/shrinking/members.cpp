@@ -1,0 +1,116 @@
+#include <utility>
+
+#include "exploration/shrinking/edits.h"
+#include "exploration/shrinking/steps.h"
+
+namespace exploration {
+namespace {
+
+bool IsMemberOf(const Node& node, TypeId record) {
+  return Is(node, "member") && node.parts[0].type == record;
+}
+
+bool IsBracesOf(const Node& node, TypeId type) { return Is(node, "braces") && node.type == type; }
+
+/// One step up, where it is the only way: what lies in the type takes its place.
+void Collapse(Program& program, TypeId outer, TypeId inner,
+              const std::function<bool(const Node&)>& isStep) {
+  const auto collapse = [&](auto& self, Node& tree) -> void {
+    for (Node& part : tree.parts) self(self, part);
+    const bool isBraces = IsBracesOf(tree, outer) && tree.parts.size() == 1;
+    if (!isBraces && !isStep(tree)) return;
+    Node within = std::move(tree.parts[0]);
+    tree = std::move(within);
+  };
+  for (ConstantData& data : program.constants) collapse(collapse, data.initializer);
+  for (Function& function : program.functions) {
+    collapse(collapse, function.body);
+    for (Node& result : function.result) collapse(collapse, result);
+  }
+  collapse(collapse, program.body);
+  std::vector<TypeId> to = NoChange(program);
+  to[static_cast<std::size_t>(outer)] = inner;
+  Retype(program, to);
+}
+
+}  // namespace
+
+std::optional<Program> WithoutMember(const Program& program, std::size_t number) {
+  for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
+    const std::size_t count = program.types[id].members.size();
+    if (number >= count) {
+      number -= count;
+      continue;
+    }
+    Program left = program;
+    const auto member = static_cast<std::int64_t>(number);
+    const auto isIt = [&](const Node& node) {
+      return (IsMemberOf(node, id) || (IsBracesOf(node, id) && node.parts.size() == 1)) &&
+             node.numbers[0] == member;
+    };
+    if (!EraseUsersOf(left, isIt)) return left;  // which refers to what is not there
+    std::vector<Member>& members = left.types.Own(id).members;
+    members.erase(members.begin() + static_cast<std::ptrdiff_t>(number));
+    Visit(left, [&](Node& node) {
+      if (IsMemberOf(node, id) && node.numbers[0] > member) --node.numbers[0];
+      if (!IsBracesOf(node, id)) return;
+      for (std::size_t i = node.numbers.size(); i-- > 0;) {
+        if (node.numbers[i] == member) {
+          node.numbers.erase(node.numbers.begin() + static_cast<std::ptrdiff_t>(i));
+          node.parts.erase(node.parts.begin() + static_cast<std::ptrdiff_t>(i));
+        } else if (node.numbers[i] > member) {
+          --node.numbers[i];
+        }
+      }
+    });
+    return left;
+  }
+  return std::nullopt;
+}
+
+/// A structure or union with one member is that member.
+std::optional<Program> WithoutRecord(const Program& program, std::size_t number) {
+  for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
+    if (program.types[id].members.size() != 1 || number-- != 0) continue;
+    Program left = program;
+    Collapse(left, id, program.types[id].members[0].type,
+             [id](const Node& node) { return IsMemberOf(node, id); });
+    Visit(left, [&left](Node& node) {
+      if (Is(node, "whole union") || Is(node, "whole struct"))
+        node = AssignmentOf(left, node.parts[0], node.parts[1]);
+    });
+    return left;
+  }
+  return std::nullopt;
+}
+
+/// An array of one element is that element.
+std::optional<Program> WithoutArray(const Program& program, std::size_t number) {
+  for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
+    const Type& type = program.types[id];
+    if (type.kind != Type::Kind::array || type.count != 1 || number-- != 0) continue;
+    Program left = program;
+    Collapse(left, id, type.element, [id](const Node& node) {
+      return (Is(node, "element") || Is(node, "run-time element")) && node.parts[0].type == id;
+    });
+    return left;
+  }
+  return std::nullopt;
+}
+
+/// Of one element, of half as many, of one less.
+std::optional<Program> WithShorterArray(const Program& program, std::size_t number) {
+  for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
+    const int count = program.types[id].count;
+    if (program.types[id].kind != Type::Kind::array || number >= 3) {
+      if (program.types[id].kind == Type::Kind::array) number -= 3;
+      continue;
+    }
+    Program left = program;
+    left.types.Own(id).count = number == 0 ? 1 : number == 1 ? (count + 1) / 2 : count - 1;
+    return left;
+  }
+  return std::nullopt;
+}
+
+}  // namespace exploration
