@@ -45,6 +45,9 @@ Value EvaluateLiteral(const Node& node, Machine& machine) {
       value.bytes[c * static_cast<std::size_t>(size) + static_cast<std::size_t>(i)] = {
           static_cast<std::uint8_t>(static_cast<std::uint64_t>(node.numbers[c]) >> (8 * i)),
           Knowledge::known};
+  // For a float that is not ordinary this throws.
+  for (int c = 0; c < machine.types[node.type].count; ++c)
+    SetComponent(machine.types, value, c, ComponentOf(machine.types, value, c));
   return value;
 }
 std::vector<Node> SimplerLiteral(const Node& node, const Program&) {
@@ -121,9 +124,16 @@ void CheckAssignment(const Node& node, const Program& program) {
 std::string PrintAssignment(const Node& node, const Printer& printer) {
   return printer.Text(node.parts[0]) + " = " + printer.Text(node.parts[1]) + ";";
 }
+// C99 6.5.16.1, paragraph 3: what is stored may not have been read from an object that overlaps the
+// one it is stored to, unless they are the same. Whether that holds for what was computed from it
+// too need not be settled.
 void ExecuteAssignment(const Node& node, Machine& machine) {
-  const Value value = machine.Evaluate(node.parts[1]);
-  machine.StoreTo(machine.Locate(node.parts[0]), value);
+  std::vector<Place> loads;
+  const Value value = machine.Evaluate(node.parts[1], loads);
+  const Place to = machine.Locate(node.parts[0]);
+  for (const Place& from : loads)
+    Require(!Overlap(machine.types, from, to), "an assignment to what overlaps");
+  machine.StoreTo(to, value);
 }
 
 void CheckAnswer(const Node& node, const Program& program) {

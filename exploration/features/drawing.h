@@ -1,8 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "exploration/features/basics.h"
@@ -15,7 +16,7 @@ namespace exploration {
 /// stands where.
 class Drawing {
  public:
-  Drawing(std::uint64_t seed, std::uint64_t number, std::vector<const Feature*> withFeatures);
+  Drawing(Random withRandom, Program empty, std::vector<const Feature*> withFeatures);
   Drawing(const Drawing&) = delete;
   Drawing& operator=(const Drawing&) = delete;
 
@@ -26,16 +27,12 @@ class Drawing {
   const std::vector<const Feature*> features;
   bool Has(const Feature& feature) const;
 
-  /// Where drawing may begin: a variable, an element of a buffer.
-  struct Root {
-    Node node;
-    bool isConstant = false;
-  };
-  std::vector<Root> roots;
-  /// A counter or other index that is below `end` for all that are active.
+  /// Where a way to a place may begin: a variable, an element of a buffer.
+  std::vector<Node> roots;
+  /// A counter or something else that is below `end` for all that are active.
   struct Index {
     Node node;
-    int end;
+    int end = 0;
   };
   std::vector<Index> indices;
   /// The work-items that get to where the drawing is.
@@ -46,53 +43,69 @@ class Drawing {
   TypeId NewRecord();
   /// A scalar or vector type that the features allow.
   TypeId NewLeafType();
+  /// The bits of a number for `in`, or for a literal.
+  std::int64_t NewNumber(Scalar scalar);
 
   /// A value from outside, for each work-item another; in a helper function that is a parameter.
   Node NewInput(TypeId type);
-  /// The same with these numbers, of each work-item one.
+  /// The same for a scalar with these numbers, of each work-item one.
   Node NewInput(TypeId type, const std::vector<std::int64_t>& numbers);
 
-  /// An expression of the type, known to all that are active.
-  Node Value(TypeId type);
+  /// An expression of the scalar or vector type, known to all that are active.
+  Node NewValue(TypeId type);
   /// A place of a scalar or vector type whose value is known, or one that can be stored to.
-  std::optional<Node> KnownLeaf();
-  std::optional<Node> Target();
+  std::optional<Node> KnownLeaf() { return Leaf(false); }
+  std::optional<Node> TargetLeaf() { return Leaf(true); }
   /// A structure or union of which something is known, or that can be stored to.
-  std::optional<Node> KnownRecord();
-  std::optional<Node> TargetRecord();
-  /// One step from an array, structure, union or vector into it.
+  std::optional<Node> KnownRecord() { return Record(false); }
+  std::optional<Node> TargetRecord() { return Record(true); }
+  /// From an array, structure, union or vector one step into it.
   std::optional<Node> Step(const Node& from);
   /// Whether the value is known to all that are active; of a structure or union, anything of it.
   bool IsKnown(const Node& node) const;
 
   /// Executes a statement and adds it to the block. Throws Invalid.
   void Add(const Node& statement);
-  /// Adds a statement that some feature draws. False if none did.
-  bool AddOne();
-  /// A block of about so many statements, which leaves the machine as it was.
-  Node NewBlock(int statements, const std::vector<int>& forItems);
+  /// Adds a statement that some feature draws.
+  void AddOne();
+  /// An answer; nothing if there are many already.
   void AddAnswer(const Node& value);
-  bool IsOutermost() const { return blocks.size() == 1; }
-  bool IsInFunction() const { return arguments != nullptr; }
-  /// In a helper function: what the call passes for the parameters that NewInput makes.
-  std::vector<Node>* arguments = nullptr;
-  std::vector<int>* parameters = nullptr;
+  /// A block of so many statements, executed by those work-items, with the machine as it was
+  /// before.
+  Node NewBlock(int statements, const std::vector<int>& items);
+  /// A call of a new helper function to which these arguments are passed. `result` makes what it
+  /// returns from its parameters, in the state at its end; nothing for a void function.
+  Node NewCall(const std::vector<Node>& arguments,
+               const std::function<std::optional<Node>(const std::vector<Node>&)>& result);
 
-  /// The whole program as it is now.
+  /// Statements may stand here that wait for all work-items.
+  bool IsOutermost() const { return blocks.size() == 1; }
+  /// Statements with blocks may stand here.
+  bool MayNest() const { return blocks.size() <= 3; }
+  bool IsInFunction() const { return function != nullptr; }
+  /// The kernel's block so far, at the end.
   Program Finished();
 
  private:
+  struct Binding {
+    int parameter;
+    Node argument;
+  };
+  struct Mark;
   std::optional<Node> Leaf(bool forStore);
   std::optional<Node> Record(bool forStore);
   std::optional<Node> Derived(TypeId type);
   bool Attempt(const Feature& feature);
-  TypeId DrawnRecord(int depth, bool isAnonymous, int& names);
-  std::int64_t DrawnNumber(Scalar scalar);
+  TypeId NewRecord(int depth, bool isAnonymous, int& names);
+  Member NewMember(int depth, int& names);
+  void Bind(const Binding& binding);
+  void BindAgain();
 
   std::vector<std::vector<Node>> blocks;
-  int depth = 0;     ///< Of expressions.
-  int inBlocks = 0;  ///< Of statements.
-  std::vector<int> counts;
+  std::vector<Node> answered;                ///< Since anything was stored.
+  int depth = 0;                             ///< Of expressions.
+  std::vector<int> counts;                   ///< Of the names of each letter.
+  std::vector<Binding>* function = nullptr;  ///< The helper function's that is being drawn.
 };
 
 }  // namespace exploration

@@ -14,17 +14,19 @@ class Drawing;
 /// is taken back.
 struct Feature {
   std::string_view name;
-  std::string_view says;  ///< Which programs use it, in a few words.
+  std::string_view says;  ///< What it is, in a few words.
 
-  /// Draws a statement. Nothing if there is no place for it.
-  std::optional<Node> (*statement)(Drawing& drawing) = nullptr;
+  /// Draws an object of a structure or union, before anything else. False if it can't.
+  bool (*object)(Drawing& drawing, TypeId record) = nullptr;
+  /// Draws statements. False, or Invalid thrown, if there is no place for any.
+  bool (*statement)(Drawing& drawing) = nullptr;
   /// An expression of this type.
   std::optional<Node> (*value)(Drawing& drawing, TypeId type) = nullptr;
   /// A place that is reached from this one: a member, an element, a component.
   std::optional<Node> (*place)(Drawing& drawing, const Node& from) = nullptr;
   /// Changes a structure or union that was just drawn and is not used yet.
   void (*type)(Drawing& drawing, Type& record) = nullptr;
-  /// Whether a program uses it that does so in no construct of it.
+  /// Whether a program uses it in its types and sizes rather than in a construct.
   bool (*isUsed)(const Program& program) = nullptr;
 };
 

@@ -60,6 +60,18 @@ Value Machine::Evaluate(const Node& node) {
   return Load(Locate(node));
 }
 
+Value Machine::Evaluate(const Node& node, std::vector<Place>& watched) {
+  loads = &watched;
+  try {
+    Value value = Evaluate(node);
+    loads = nullptr;
+    return value;
+  } catch (...) {
+    loads = nullptr;
+    throw;
+  }
+}
+
 Place Machine::Locate(const Node& node) {
   CountStep();
   return node.construct->place(node, *this);
@@ -74,15 +86,15 @@ void Machine::Execute(const Node& node) {
   }
 }
 
-Value Machine::Load(const Place& place, bool atomically) {
-  Touched(place, false, atomically);
-  Value value = Loaded(types, Changeable(place), place);
-  return value;
+Value Machine::Load(const Place& place, int atomic) {
+  Touched(place, false, atomic);
+  if (loads != nullptr) loads->push_back(place);
+  return Loaded(types, Changeable(place), place);
 }
 
-void Machine::StoreTo(const Place& place, const Value& value, bool atomically) {
+void Machine::StoreTo(const Place& place, const Value& value, int atomic) {
   Require(ObjectOf(place).space != Space::constantSpace, "a store to constant memory");
-  Touched(place, true, atomically);
+  Touched(place, true, atomic);
   Store(types, Changeable(place), place, value);
 }
 
@@ -162,23 +174,24 @@ std::vector<Byte> Machine::BytesOf(const Buffer& buffer) const {
 
 // OpenCL C 1.2, 6.12.8: a barrier orders the accesses of a work-group; between work-groups nothing
 // does. A store to a member may change the whole union that it is in.
-void Machine::Touched(const Place& place, bool stores, bool atomically) {
+void Machine::Touched(const Place& place, bool stores, int atomic) {
   if (ObjectOf(place).touches.empty()) return;
   std::size_t begin = place.offset;
   std::size_t end = begin + SizeOf(types, place.type);
   for (const Step& step : place.path) {
-    if (atomically || !stores || types[step.record].kind != Type::Kind::unionType) continue;
+    if (atomic != notAtomic || !stores || types[step.record].kind != Type::Kind::unionType)
+      continue;
     begin = std::min(begin, step.offset);
     end = std::max(end, step.offset + SizeOf(types, step.record));
   }
   const auto disturbs = [&](const Touch::By& by) {
     if (by.item == Touch::nobody || by.item == item) return false;
-    if (atomically && by.atomically) return false;
+    if (atomic != notAtomic && by.atomic == atomic) return false;
     return by.group != Group() || by.epoch == epoch;
   };
   Object& object = Changeable(place);
   const Touch::By now = {static_cast<std::int16_t>(item), static_cast<std::int16_t>(Group()), epoch,
-                         atomically};
+                         static_cast<std::int16_t>(atomic)};
   for (std::size_t i = begin; i < end; ++i) {
     Touch& touch = object.touches.at(i);
     Require(!disturbs(touch.writer), "two work-items, one of which stores");
@@ -187,10 +200,10 @@ void Machine::Touched(const Place& place, bool stores, bool atomically) {
                   (touch.readerGroup == Touch::nobody || touch.readerGroup == now.group),
               "two work-items, one of which stores");
       const bool isAlone = touch.writer.item == Touch::nobody || touch.writer.item == item ||
-                           !atomically || touch.writer.epoch != epoch;
+                           atomic == notAtomic || touch.writer.epoch != epoch;
       touch.writer = now;
       if (!isAlone) touch.writer.item = Touch::several;
-    } else if (!atomically) {
+    } else if (atomic == notAtomic) {
       if (touch.readers[0].item != now.item) touch.readers[1] = touch.readers[0];
       touch.readers[0] = now;
       const bool isFirst = touch.readerGroup == Touch::nobody || touch.readerGroup == now.group;

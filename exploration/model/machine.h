@@ -35,11 +35,14 @@ class Machine {
   int Group() const { return item / program.localSize; }
   int LocalId() const { return item % program.localSize; }
   Value Evaluate(const Node& node);
+  /// The same, and from which places anything was loaded.
+  Value Evaluate(const Node& node, std::vector<Place>& loads);
   Place Locate(const Node& node);
   void Execute(const Node& node);
 
-  Value Load(const Place& place, bool atomically = false);
-  void StoreTo(const Place& place, const Value& value, bool atomically = false);
+  /// With the number of an atomic function, of which several work-items may use the same.
+  Value Load(const Place& place, int atomic = notAtomic);
+  void StoreTo(const Place& place, const Value& value, int atomic = notAtomic);
   /// The object that a place lies in.
   const Object& ObjectOf(const Place& place) const { return *objects.at(Index(place.object)); }
 
@@ -57,6 +60,8 @@ class Machine {
   void Answer(std::int64_t slot, const std::vector<Byte>& bytes);
   /// To be called for every work-item; no work-item goes on before all have come.
   void Barrier() { epoch += item == 0 ? 1 : 0; }
+  /// The same at the end of a statement, for what comes after it.
+  void BarrierBehind() { epoch += item == program.Items() - 1 ? 1 : 0; }
   /// Throws Invalid if there are too many.
   void CountStep();
 
@@ -77,8 +82,9 @@ class Machine {
   void BindAll(std::int64_t variable, int object);
   Object& Changeable(const Place& place);
   int NewObject(std::int64_t variable);
-  void Touched(const Place& place, bool stores, bool atomically);
+  void Touched(const Place& place, bool stores, int atomic);
 
+  std::vector<Place>* loads = nullptr;
   int item = 0;
   int epoch = 0;
   int steps = 0;

@@ -91,6 +91,25 @@ bool IsOrdinary(const Types& types, TypeId leaf, const std::vector<Byte>& bytes,
 
 }  // namespace
 
+bool Overlap(const Types& types, const Place& one, const Place& other) {
+  if (one.object != other.object) return false;
+  const auto bytesOf = [&types](const Place& place) {
+    std::vector<bool> bytes(place.offset + SizeOf(types, place.type));
+    const auto size = static_cast<std::ptrdiff_t>(TraitsOf(types[place.type].scalar).size);
+    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(place.offset);
+    for (const int component : place.components) std::fill_n(begin + component * size, size, true);
+    if (place.components.empty()) std::fill(begin, bytes.end(), true);
+    return bytes;
+  };
+  const bool isSame =
+      one.offset == other.offset && one.type == other.type && one.components == other.components;
+  const std::vector<bool> ones = bytesOf(one);
+  const std::vector<bool> others = bytesOf(other);
+  for (std::size_t i = 0; i < std::min(ones.size(), others.size()); ++i)
+    if (ones[i] && others[i]) return !isSame;
+  return false;
+}
+
 Knowledge Value::KnowledgeOf(const Types& types) const {
   Knowledge least = Knowledge::known;
   const std::vector<bool> isValue = ValueBytesOf(types, type);

@@ -41,6 +41,9 @@ struct Place {
   bool throughPointer = false;
 };
 
+/// Whether the two share a byte without being the same, which no assignment may have on its sides.
+bool Overlap(const Types& types, const Place& one, const Place& other);
+
 /// The bytes of a value as it would lie in memory, or where a pointer points.
 struct Value {
   TypeId type = noType;
@@ -66,13 +69,16 @@ struct Cell {
   static constexpr std::int16_t ofUnion = -2;
 };
 
+/// In place of the number of an atomic function.
+inline constexpr int notAtomic = -1;
+
 /// Who has touched a byte of memory that several work-items see. An epoch ends at a barrier.
 struct Touch {
   struct By {
     std::int16_t item = nobody;
     std::int16_t group = nobody;
     std::int32_t epoch = -1;
-    bool atomically = false;
+    std::int16_t atomic = notAtomic;
   };
   static constexpr std::int16_t nobody = -1;
   static constexpr std::int16_t several = -2;

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cctype>
 
 namespace exploration {
@@ -17,12 +16,19 @@ std::string Indented(const std::string& text) {
   return indented;
 }
 
-/// Whether a parenthesis that opens at the front is closed before the end.
-bool IsOneParenthesis(const std::string& text) {
+/// Whether it is one name, call, element or parenthesis, and no operator stands beside it.
+bool IsPostfix(const std::string& text) {
   int depth = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    depth += text[i] == '(' ? 1 : text[i] == ')' ? -1 : 0;
-    if (depth == 0 && i + 1 < text.size()) return false;
+    const char character = text[i];
+    const bool opens = character == '(' || character == '[';
+    const bool closes = character == ')' || character == ']';
+    // Behind a cast something follows that belongs to it.
+    if (depth == 0 && i > 0 && text.front() == '(') return false;
+    const bool isName = std::isalnum(static_cast<unsigned char>(character)) != 0 ||
+                        character == '_' || character == '.';
+    if (depth == 0 && !opens && !isName) return false;
+    depth += opens ? 1 : closes ? -1 : 0;
   }
   return true;
 }
@@ -73,11 +79,7 @@ std::string OwnPart(std::string_view pointer, std::size_t count) {
 
 std::string Printer::Operand(const Node& node) const {
   std::string text = Text(node);
-  const bool isPostfix = std::all_of(text.begin(), text.end(), [](unsigned char character) {
-    return std::isalnum(character) != 0 || character == '_' || character == '.';
-  });
-  if (isPostfix || node.construct->kind == Construct::Kind::place) return text;
-  if (text.front() == '(' && IsOneParenthesis(text)) return text;
+  if (node.construct->kind == Construct::Kind::place || IsPostfix(text)) return text;
   return "(" + text + ")";
 }
 

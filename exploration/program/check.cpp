@@ -108,7 +108,10 @@ class Checker {
       CheckTree(part, within);
     }
     if (construct.check != nullptr) construct.check(node, program);
-    if (isBlock) declared = outside;
+    // What a function returns can still see its variables.
+    const bool isFunction =
+        function < program.functions.size() && &node == &program.functions[function].body;
+    if (isBlock && !isFunction) declared = outside;
   }
 
   const Program& program;

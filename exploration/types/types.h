@@ -74,6 +74,8 @@ class Types {
   /// A type that this program defined; the scalars and vectors cannot be changed.
   Type& Own(TypeId id);
   TypeId Add(Type type);
+  /// Takes back what was added since End() was `end`.
+  void Shrink(TypeId end) { own.resize(static_cast<std::size_t>(end - FirstOwn())); }
   /// These two add the type only where there is none.
   TypeId ArrayOf(TypeId element, int count);
   TypeId PointerTo(TypeId element, Space space);
