@@ -5,6 +5,7 @@ simulated_driver=/usr/lib/oclgrind/liboclgrind-rt-icd.so
 
 device=own # or as_gpu, or simulated
 no_device=1 # the status if there is none
+accounts=no # yes: the command itself says what became of its work on a driver that does not come up
 keep_denormals=
 wanted_platform='' wanted_device=''
 wants_list=no
@@ -68,7 +69,7 @@ pick_device() {
     find_wanted
     say "on $answer"
   elif find_gpu; then
-    say "on $answer"
+    [[ -z $answer ]] || say "on $answer"
   elif [[ $device == own ]]; then
     use_simulated_gpu
   else
@@ -90,7 +91,10 @@ find_gpu() {
     case $status in
       0) return ;;
       2) fail "$answer" "$no_device" ;;
-      3) answers_nothing "$driver" ;;
+      3)
+        answers_nothing "$driver"
+        [[ $driver != "$asked" ]] || return 0
+        ;;
     esac
   done
   [[ -z $asked ]] || fail "no GPU device behind OCL_ICD_VENDORS=$asked" "$no_device"
@@ -110,10 +114,17 @@ list_drivers() {
   fi
 }
 
-# answers_nothing DRIVER: says so, and ends the command if it is the one that the caller named.
+# answers_nothing DRIVER: says so, and ends the command if it is the one that the caller named and the
+# command does not account for that itself. Then nothing is left in $answer.
 answers_nothing() {
-  [[ $1 != "$asked" ]] || fail "the driver $1 $answer"
-  say "the driver $1 $answer: going on without it"
+  if [[ $1 != "$asked" ]]; then
+    say "the driver $1 $answer: going on without it"
+  elif [[ $accounts == yes ]]; then
+    say "the driver $1 $answer"
+    answer=
+  else
+    fail "the driver $1 $answer"
+  fi
 }
 
 # find_devices: every device of these drivers goes into $found, a line each: its driver, and what the

@@ -1,5 +1,6 @@
 #include "common/command_line/program.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
@@ -121,7 +122,19 @@ int Ended(const Program& program, int status, const std::exception& reason) {
   return status;
 }
 
+// Puts something in the place of standard streams that the caller has closed, where the next file
+// that is opened would come to stand, and be written over. It is an error to write on a standard
+// output that is not there.
+void OpenStandardStreams() {
+  constexpr int modes[] = {O_RDONLY, O_RDONLY, O_WRONLY};
+  for (int descriptor = 0; descriptor < 3; ++descriptor) {
+    if (fcntl(descriptor, F_GETFD) < 0)
+      static_cast<void>(open("/dev/null", modes[descriptor]));  // takes the lowest number
+  }
+}
+
 int Answer(const Program& program, int argc, char** argv) {
+  OpenStandardStreams();
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   if (argc == 2 && arguments.front() == "worker") return program.worker();
   try {
