@@ -17,8 +17,6 @@
 #include <tuple>
 #include <utility>
 
-#include "common/workers/runner_loop.h"
-
 namespace workers {
 namespace {
 

@@ -2,44 +2,16 @@
 
 #include <sys/types.h>
 
-#include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "common/workers/descriptor.h"
 #include "common/workers/exit_status.h"
-#include "common/workers/jobs.h"
 #include "common/workers/runner.h"
+#include "common/workers/runner_loop.h"
 
 namespace workers {
-
-/// What a worker and its runner have in common. All that one tells the other is in here, because
-/// whatever goes through a file descriptor the driver can write, read or close as well; the socket
-/// between them only wakes the other side.
-struct RunnerMemory {
-  enum class State : std::uint32_t { starting, ready, noDevice };
-
-  std::atomic<State> state = State::starting;
-  std::atomic<std::uint32_t> asked = 0;  // counts the tasks
-  std::atomic<std::uint32_t> begun = 0;  // the last of them that the runner has taken up
-  std::atomic<std::uint32_t> done = 0;   // and that has ended
-
-  SharedBytes answer;  // to the last task
-
-  /// What the runner found when it brought the driver up; then the task that it is asked to do.
-  /// What is longer than `longestTask` is cut.
-  void SetMessage(std::string_view bytes);
-  std::string_view Message() const;
-
-  /// As it was made, for another runner.
-  void Reset();
-
- private:
-  std::size_t messageSize_ = 0;
-  char message_[longestTask];
-};
 
 /// The child of a worker in which the driver lives, one after the other. It has a process group of
 /// its own, of which nothing is left when it is dead, and it does not outlive the worker.

@@ -8,7 +8,7 @@
 #include "common/command_line/program.h"
 #include "common/workers/runner.h"
 #include "diagnosis/commands/command.h"
-#include "diagnosis/execution/row_runner.h"
+#include "diagnosis/execution/run_rows.h"
 #include "diagnosis/verdict/ledger.h"
 
 namespace {

@@ -1,5 +1,3 @@
-#include "diagnosis/execution/row_runner.h"
-
 #include <CL/cl.h>
 
 #include <algorithm>
@@ -12,6 +10,7 @@
 #include "diagnosis/capture/boundary.h"
 #include "diagnosis/capture/observer.h"
 #include "diagnosis/execution/row_task.h"
+#include "diagnosis/execution/run_rows.h"
 #include "harness/driver.h"
 #include "harness/rows.h"
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/workers/jobs.h"
+#include "common/workers/runner.h"
 #include "diagnosis/record/record.h"
 
 namespace diagnosis {
@@ -42,5 +43,8 @@ struct RowsListener {
 /// Throws what the listener throws, and std::runtime_error if the system refuses what a run needs.
 workers::PoolEnd RunRows(const std::vector<RowJob>& jobs, const RowsOptions& options,
                          const RowsListener& listener);
+
+/// What the workers are to be that it has: OpenCL, and rows behind the boundary.
+extern const workers::Runner rowRunner;
 
 }  // namespace diagnosis

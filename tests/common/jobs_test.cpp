@@ -46,7 +46,7 @@ TEST_F(Jobs, EndAsTheirRunnersDo) {
       EXPECT_EQ(told.end.kind, PoolEnd::Kind::finished);
       EXPECT_EQ(told.devices, std::vector<std::string>{"a device"});
       EXPECT_EQ(told.started.size(), 4U);
-      for (const std::size_t other : {0, 2, 3}) {
+      for (const std::size_t other : {0U, 2U, 3U}) {
         EXPECT_EQ(told.ended[other].answer.ending, Ending::returned);
         EXPECT_EQ(told.ended[other].answer.bytes, told.ended[other].job.task.substr(4));
         EXPECT_EQ(told.ended[other].answer.printed, "");
@@ -165,7 +165,7 @@ TEST_F(Jobs, NeedNoMoreWorkersThanThereAreOfThem) {
 
 TEST_F(Jobs, LeaveNoProcess) {
   const Told told = RunAll({{.task = "child"},
-                            {.task = "child say - hang", .seconds = 0.2},
+                            {.task = "child hang", .seconds = 0.5, .freshRunner = true},
                             {.task = "child abort"},
                             {.task = "child"}});
   for (const stub::Ended& ended : told.ended)

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "common/workers/runner.h"
-#include "diagnosis/execution/row_runner.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
