@@ -23,6 +23,8 @@ struct Symptom {
   /// Of a wrong answer how its first wrong value differs: "zero", "not stored", "another value's",
   /// "shifted", "wrongly extended", "other"; otherwise the call, the code, what the log says.
   std::string how;
+  /// `how` is a message of the compiler's or driver's own, which tells a fault by itself.
+  bool isTold = false;
 
   bool operator==(const Symptom&) const = default;
 };
@@ -47,7 +49,8 @@ struct Fault {
   std::size_t findings = 1;  ///< How many belong to it.
 };
 
-/// Two are one fault if what is left has the same features and goes wrong in the same way.
+/// Two are one fault if what is left has the same features and goes wrong in the same way. Where
+/// the compiler or driver itself says what went wrong, the same message is enough.
 bool IsSame(const Fault& one, const Fault& other);
 
 /// From the symptom and the features: what IsSame holds to be the same has the same.

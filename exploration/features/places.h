@@ -21,6 +21,8 @@ Node OwnElement(const Program& program, int variable);
 /// With these arguments, of which the first may be records or addresses; numbers[0] is the
 /// function.
 extern const Construct callConstruct;
+/// Of a whole structure or union.
+Node WholeAssignment(const Program& program, Node to, Node from);
 
 /// Where the object lies that the place is in.
 Space SpaceOf(const Node& place, const Program& program);

@@ -1,5 +1,8 @@
+#include <utility>
+
 #include "exploration/features/drawing.h"
 #include "exploration/features/features.h"
+#include "exploration/features/places.h"
 
 namespace exploration {
 namespace {
@@ -57,6 +60,12 @@ bool Draw(Drawing& drawing, const Construct& construct, Type::Kind kind) {
 }
 
 }  // namespace
+
+Node WholeAssignment(const Program& program, Node to, Node from) {
+  const bool isUnion = program.types[to.type].kind == Type::Kind::unionType;
+  return {
+      isUnion ? &unionConstruct : &structConstruct, noType, {std::move(to), std::move(from)}, {}};
+}
 
 const Feature wholeUnionsFeature = {.name = "whole-unions",
                                     .says = "assignment of whole unions",

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "exploration/features/basics.h"
+#include "exploration/features/places.h"
 #include "exploration/types/layout.h"
 
 namespace exploration {
@@ -148,7 +149,8 @@ void Retype(Program& program, const std::vector<TypeId>& to) {
 }
 
 Node AssignmentOf(const Program& program, Node place, Node value) {
-  if (program.types[place.type].IsLeaf()) return Assignment(std::move(place), std::move(value));
+  if (program.types[place.type].IsRecord())
+    return WholeAssignment(program, std::move(place), std::move(value));
   return Assignment(std::move(place), std::move(value));
 }
 
