@@ -22,8 +22,8 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "common/devices/listing.h"
 #include "common/opencl/not_taken.h"
 
 namespace {
@@ -60,60 +60,11 @@ std::string Text(cl_int(CL_API_CALL* query)(Handle, cl_uint, std::size_t, void*,
   return text.empty() ? "?" : text;
 }
 
-template <class Value>
-Value Number(cl_device_id device, cl_device_info name) {
-  Value value{};
-  clGetDeviceInfo(device, name, sizeof value, &value, nullptr);
-  return value;
-}
-
-struct Type {
-  cl_device_type type;
-  const char* name;
-};
-constexpr Type types[] = {{CL_DEVICE_TYPE_GPU, "GPU"},
-                          {CL_DEVICE_TYPE_CPU, "CPU"},
-                          {CL_DEVICE_TYPE_ACCELERATOR, "accelerator"},
-                          {0, "custom"}};
-
-// What keeps a run from the device.
-const char* ObstacleOf(cl_device_id device) {
-  if (Number<cl_bool>(device, CL_DEVICE_AVAILABLE) == CL_FALSE) return "not available";
-  if (Number<cl_bool>(device, CL_DEVICE_COMPILER_AVAILABLE) == CL_FALSE) return "no compiler";
-  const bool isGpu = (Number<cl_device_type>(device, CL_DEVICE_TYPE) & CL_DEVICE_TYPE_GPU) != 0;
-  return isGpu ? "-" : "not a GPU";
-}
-
-void AddLine(std::string& lines, std::size_t platformIndex, cl_platform_id platform,
-             std::size_t deviceIndex, cl_device_id device) {
-  const auto type = Number<cl_device_type>(device, CL_DEVICE_TYPE);
-  const Type* named = types;
-  while (named->type != 0 && (named->type & type) == 0) ++named;
-  const std::string fields[] = {std::to_string(platformIndex),
-                                std::to_string(deviceIndex),
-                                named->name,
-                                Text(clGetPlatformInfo, platform, CL_PLATFORM_NAME),
-                                Text(clGetDeviceInfo, device, CL_DEVICE_NAME),
-                                Text(clGetDeviceInfo, device, CL_DEVICE_VERSION),
-                                Text(clGetDeviceInfo, device, CL_DRIVER_VERSION),
-                                ObstacleOf(device)};
-  if (!lines.empty()) lines += '\n';
-  for (const std::string& field : fields) lines.append(&field == fields ? "" : "\t").append(field);
-}
-
 [[noreturn]] void AnswerAll() {
-  cl_uint count = 0;
-  clGetPlatformIDs(0, nullptr, &count);
-  std::vector<cl_platform_id> platforms(count);
-  if (count > 0) clGetPlatformIDs(count, platforms.data(), nullptr);
   std::string lines;
-  for (std::size_t i = 0; i < platforms.size(); ++i) {
-    count = 0;
-    if (clGetDeviceIDs(platforms[i], CL_DEVICE_TYPE_ALL, 0, nullptr, &count) != CL_SUCCESS)
-      continue;
-    std::vector<cl_device_id> devices(count);
-    clGetDeviceIDs(platforms[i], CL_DEVICE_TYPE_ALL, count, devices.data(), nullptr);
-    for (std::size_t j = 0; j < devices.size(); ++j) AddLine(lines, i, platforms[i], j, devices[j]);
+  for (const devices::Listed& device : devices::Here()) {
+    if (!lines.empty()) lines += '\n';
+    lines += devices::LineOf(device);
   }
   Answer(lines.empty() ? 1 : 0, lines.empty() ? "no device" : lines);
 }

@@ -110,6 +110,8 @@ void Run(const Program& program, std::vector<std::string> arguments, Call& call)
     Print(app.help() + (more != nullptr ? more : ""));
   } catch (const CLI::CallForVersion&) {
     Print(version + "\n");
+  } catch (const CLI::Success&) {
+    // An option has done what was asked for.
   } catch (const CLI::ParseError& error) {
     throw text::BadUse(RefusalOf(app, error.what()));
   } catch (const text::BadUse& refusal) {
