@@ -103,6 +103,10 @@ void AddFrom(CLI::App& app, std::string& folder, const char* description) {
     from->excludes(app.get_option(option));
 }
 
+CLI::Option* AddJson(CLI::App& app, bool& json) {
+  return app.add_flag("--json", json, "As JSON, for scripts");
+}
+
 void AddPoolOptions(CLI::App& app, const command_line::Call& call, RowsOptions& options) {
   options.folder = call.workersFolder;
   app.add_option("-j,--jobs", options.workers, "Workers side by side")

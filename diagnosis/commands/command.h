@@ -6,6 +6,10 @@
 #include "common/command_line/program.h"
 #include "diagnosis/execution/run_rows.h"
 
+namespace CLI {
+class Option;
+}
+
 namespace diagnosis {
 
 /// COMMANDS(DO) does DO(name) for each, in the order in which help tells of them. A command is the
@@ -18,6 +22,7 @@ namespace diagnosis {
   DO(reproduce)      \
   DO(run)            \
   DO(source)         \
+  DO(suspects)       \
   DO(table)          \
   DO(vary)
 
@@ -35,5 +40,8 @@ void AddPoolOptions(CLI::App& app, const command_line::Call& call, RowsOptions& 
 
 /// --from, for what reads a run that was written; behind AddPoolOptions, which it excludes.
 void AddFrom(CLI::App& app, std::string& folder, const char* description);
+
+/// --json, for what scripts read too. Returns the option.
+CLI::Option* AddJson(CLI::App& app, bool& json);
 
 }  // namespace diagnosis

@@ -8,6 +8,7 @@
 
 #include "common/command_line/options.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/views/as_json.h"
 
 namespace diagnosis {
 namespace {
@@ -15,12 +16,13 @@ namespace {
 struct Options {
   std::string before;
   std::string after;
+  bool json = false;
 };
 
 int CompareRuns(const Options& options) {
   const std::vector<NamedRun> runs = ReadRuns({options.before, options.after});
   const std::vector<ComparedRow> compared = Compare(runs);
-  command_line::Print(DifferencesOf(runs, compared));
+  command_line::Print(options.json ? JsonOf(runs, compared) : DifferencesOf(runs, compared));
   const bool isWorse =
       std::ranges::find(compared, Comparison::worse, &ComparedRow::comparison) != compared.end();
   return isWorse ? 1 : 0;
@@ -34,6 +36,7 @@ void AddTo(CLI::App& app, command_line::Call& call) {
   app.add_option("B", options->after, "Folder that the second run was written into")
       ->required()
       ->check(command_line::NotEmpty());
+  AddJson(app, options->json);
   app.callback([options, &call] { call.status = CompareRuns(*options); });
 }
 

@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "diagnosis/commands/command.h"
@@ -12,6 +13,7 @@
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
+#include "diagnosis/views/as_json.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -21,6 +23,7 @@ struct Options {
   std::vector<std::string> patterns;
   std::string folder;
   bool allLanes = false;
+  bool json = false;
   RowsOptions pool;
 };
 
@@ -33,6 +36,7 @@ void ExplainRows(const Options& options) {
   const Suspects suspects = AnalysisOf(run, {}).suspects;
   const std::size_t mostOthers = options.allLanes ? std::numeric_limits<std::size_t>::max() : 40;
   std::string text;
+  std::vector<Explanation> explanations;
   const Record* notRun = nullptr;
   for (const std::size_t row : selected) {
     const auto record = std::ranges::find(run.records, rows[row].name, &Record::row);
@@ -41,13 +45,17 @@ void ExplainRows(const Options& options) {
       notRun = &*record;
       continue;
     }
-    const Explanation explanation = Explain(*record, run.info.device, suspects);
+    Explanation explanation = Explain(*record, run.info.device, suspects);
     if (!named && explanation.category == Category::passedRight) continue;
+    if (options.json) {
+      explanations.push_back(std::move(explanation));
+      continue;
+    }
     if (!text.empty()) text += '\n';
     text += TextOf(explanation, mostOthers);
   }
   if (text.empty() && notRun == nullptr) text = "All rows passed and are right.\n";
-  command_line::Print(text);
+  command_line::Print(options.json ? JsonOf(explanations) : text);
   if (notRun != nullptr) RefuseRowNotRun(*notRun, options.folder);
 }
 
@@ -55,6 +63,7 @@ void AddTo(CLI::App& app, command_line::Call& call) {
   const auto options = std::make_shared<Options>();
   AddRows(app, options->patterns);
   app.add_flag("--all", options->allLanes, "Every wrong lane, not the first ones of a row");
+  AddJson(app, options->json);
   AddPoolOptions(app, call, options->pool);
   AddFrom(app, options->folder,
           "Folder that a run was written into; without it, the rows are run now");

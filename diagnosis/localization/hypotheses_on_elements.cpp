@@ -138,39 +138,84 @@ void AddPermutation(Ways& ways) {
 }
 
 constexpr Hypothesis hypotheses[] = {
-    {"element-shifted-{n}", "Element i has the answer of element i{n:+}.", AddShifts},
-    {"element-{n}-for-all", "Every element has the answer of element {n}.",
+    {"element-shifted-{n}",
+     "Element i has the answer of element i{n:+}.",
+     AddShifts,
+     {"The index of an element is off: the work-item's number, the global offset or a pointer's "
+      "start.",
+      "c[tid] = f(a[tid])\nc[tid] = f(a[tid + {n}])",
+      "get_global_id, the offset of the launch, the address of the buffer", "*"}},
+    {"element-{n}-for-all",
+     "Every element has the answer of element {n}.",
      [](Ways& ways) {
        for (int one = 0; one < elementsOfRow; ++one)
          ways.Add({.elements = MapOf(ways.data, [one](int) { return one; })},
                   {.rank = Rank::general, .number = one});
-     }},
-    {"elements-reversed", "The elements stand in the opposite order.",
+     },
+     {"One work-item's value is taken for that of all: it is computed once for a whole group.",
+      "c[tid] = f(a[tid])\nc[tid] = f(a[{n}])",
+      "uniformity analysis, scalar registers for what differs", "*"}},
+    {"elements-reversed",
+     "The elements stand in the opposite order.",
      [](Ways& ways) {
        const auto reversed = [](int element) { return elementsOfRow - 1 - element; };
        ways.Add({.elements = MapOf(ways.data, reversed)}, {.rank = Rank::general});
-     }},
-    {"elements-unwritten", "Some elements are not written: they keep what stood in the buffer.",
-     AddUnwrittenElements},
-    {"lanes-unwritten", "Some lanes are not written: they keep what stood in the buffer.",
-     AddUnwrittenLanes},
-    {"answers-0x{n:08X}", "The same bits are the answer whatever the inputs are.", AddConstant},
-    {"answers-of-repetition-before", "The answers are those of the repetition before.",
+     },
+     {"The work-items are numbered from the other end.",
+      "c[tid] = f(a[tid])\nc[tid] = f(a[9 - tid])",
+      "get_global_id, the direction of the loop over work-items", "*"}},
+    {"elements-unwritten",
+     "Some elements are not written: they keep what stood in the buffer.",
+     AddUnwrittenElements,
+     {"Some work-items are not run, or their store is masked out.",
+      "c[tid] = v for each tid\nnothing for some tid",
+      "execution masks, rests of groups, the number of groups that are launched", "*"}},
+    {"lanes-unwritten",
+     "Some lanes are not written: they keep what stood in the buffer.",
+     AddUnwrittenLanes,
+     {"A wide store is split, and a part of it is lost.", "c.r = v\nc.r.lo = v.lo",
+      "the splitting of wide stores, write masks", "*_arrays_* *_vector*"}},
+    {"answers-0x{n:08X}",
+     "The same bits are the answer whatever the inputs are.",
+     AddConstant,
+     {"The result does not depend on the inputs: a constant is stored, or nothing is, and this "
+      "stood there.",
+      "c.r = v\nc.r = as_float(0x{n:08X})",
+      "constant folding of the whole kernel, poison and undefined values; a store that is lost",
+      "*"}},
+    {"answers-of-repetition-before",
+     "The answers are those of the repetition before.",
      [](Ways& ways) {
        if (ways.data.repetitions.size() < 2) return;
        ways.Add({.repetitionsBefore = 1}, {.rank = Rank::general});
-     }},
-    {"a-of-repetition-before", "A is read as it was in the repetition before.",
+     },
+     {"The host reads the result before the kernel has written it.",
+      "kernel, then read\nread, then kernel",
+      "events and barriers between commands, caches that are not flushed", "*"}},
+    {"a-of-repetition-before",
+     "A is read as it was in the repetition before.",
      [](Ways& ways) {
        if (ways.data.repetitions.size() < 2) return;
        ways.Add({.a = {.repetitionsBefore = 1}}, {.rank = Rank::general});
-     }},
-    {"b-of-repetition-before", "B is read as it was in the repetition before.",
+     },
+     {"The kernel runs before A's new contents have arrived.",
+      "write A, then kernel\nkernel, then write A",
+      "events between commands, caches that are not invalidated", "*"}},
+    {"b-of-repetition-before",
+     "B is read as it was in the repetition before.",
      [](Ways& ways) {
        if (ways.data.repetitions.size() < 2 || !ways.row.twoInputs) return;
        ways.Add({.b = {.repetitionsBefore = 1}}, {.rank = Rank::general});
-     }},
-    {"elements-permuted", "Elements have the answers of other elements.", AddPermutation},
+     },
+     {"The kernel runs before B's new contents have arrived.",
+      "write B, then kernel\nkernel, then write B",
+      "events between commands, caches that are not invalidated", "add_* multiply_*"}},
+    {"elements-permuted",
+     "Elements have the answers of other elements.",
+     AddPermutation,
+     {"Work-items have each other's elements, in an order that nobody would guess.",
+      "c[tid] = f(a[tid])\nc[tid] = f(a[p(tid)])",
+      "the mapping of work-items to lanes of the hardware", "*"}},
 };
 
 }  // namespace

@@ -81,29 +81,66 @@ void AddPermutation(Ways& ways) {
 }
 
 constexpr Hypothesis hypotheses[] = {
-    {"lane-{n}-for-all", "Every lane has the answer of lane {n}.", AddOneForAll},
-    {"last-lane-for-all", "Every lane has the answer of the last one.",
-     [](Ways& ways) { AddMap(ways, Rank::general, [](int, int lanes) { return lanes - 1; }); }},
-    {"lanes-reversed", "The lanes stand in the opposite order.",
+    {"lane-{n}-for-all",
+     "Every lane has the answer of lane {n}.",
+     AddOneForAll,
+     {"One lane is computed and spread over the vector, or every lane reads one register.",
+      "c.r = v\nc.r = v.s{n}{n}{n}{n}", "scalarization of vectors, splats, swizzles with one index",
+      "*_arrays_* *_vector*"}},
+    {"last-lane-for-all",
+     "Every lane has the answer of the last one.",
+     [](Ways& ways) { AddMap(ways, Rank::general, [](int, int lanes) { return lanes - 1; }); },
+     {"One lane, the last of them, is spread over the vector: a loop over the lanes keeps the last "
+      "value.",
+      "c.r = v\nc.r = v.s3333", "scalarization of vectors, loops over lanes",
+      "*_arrays_* *_vector*"}},
+    {"lanes-reversed",
+     "The lanes stand in the opposite order.",
      [](Ways& ways) {
        AddMap(ways, Rank::named, [](int lane, int lanes) { return lanes - 1 - lane; });
-     }},
-    {"lanes-shifted", "Each lane has the answer of one a few lanes on.", AddShifts},
-    {"lane-halves-exchanged", "The halves of the lanes are exchanged.",
+     },
+     {"The lanes are numbered from the other end.", "c.r = v\nc.r = v.s3210",
+      "the numbering of lanes in registers, a vector's byte order", "*_arrays_* *_vector*"}},
+    {"lanes-shifted",
+     "Each lane has the answer of one a few lanes on.",
+     AddShifts,
+     {"Every lane is taken from a neighbour: an offset of one too much, or a swizzle that is "
+      "turned.",
+      "c.r = v\nc.r = v.s1230", "swizzles, the offset of the first lane", "*_arrays_* *_vector*"}},
+    {"lane-halves-exchanged",
+     "The halves of the lanes are exchanged.",
      [](Ways& ways) {
        AddMapOfEven(ways, [](int lane, int lanes) { return (lane + lanes / 2) % lanes; });
-     }},
-    {"lane-pairs-exchanged", "Even and odd lanes are exchanged.",
-     [](Ways& ways) { AddMapOfEven(ways, [](int lane, int) { return lane ^ 1; }); }},
-    {"low-half-for-both", "The high half has the answers of the low one.",
-     [](Ways& ways) {
-       AddMapOfEven(ways, [](int lane, int lanes) { return lane % (lanes / 2); });
-     }},
-    {"high-half-for-both", "The low half has the answers of the high one.",
+     },
+     {"A vector that is split into halves is put together in the other order.",
+      "c.r = v\nc.r = (v.hi, v.lo)", "the splitting of wide vectors, concatenation of halves",
+      "*_arrays_* *_vector[248]_* *_vector16_*"}},
+    {"lane-pairs-exchanged",
+     "Even and odd lanes are exchanged.",
+     [](Ways& ways) { AddMapOfEven(ways, [](int lane, int) { return lane ^ 1; }); },
+     {"Pairs of lanes are loaded or stored as one word in the other order.",
+      "c.r = v\nc.r = v.s1032", "loads of two lanes at once, packing",
+      "*_arrays_* *_vector[248]_* *_vector16_*"}},
+    {"low-half-for-both",
+     "The high half has the answers of the low one.",
+     [](Ways& ways) { AddMapOfEven(ways, [](int lane, int lanes) { return lane % (lanes / 2); }); },
+     {"A vector that is split into halves has its first half twice.", "c.r = v\nc.r = (v.lo, v.lo)",
+      "the splitting of wide vectors, the offset of the second half",
+      "*_arrays_* *_vector[248]_* *_vector16_*"}},
+    {"high-half-for-both",
+     "The low half has the answers of the high one.",
      [](Ways& ways) {
        AddMapOfEven(ways, [](int lane, int lanes) { return lane % (lanes / 2) + lanes / 2; });
-     }},
-    {"lanes-permuted", "Lanes have the answers of other lanes.", AddPermutation},
+     },
+     {"A vector that is split into halves has its second half twice.",
+      "c.r = v\nc.r = (v.hi, v.hi)", "the splitting of wide vectors, the offset of the first half",
+      "*_arrays_* *_vector[248]_* *_vector16_*"}},
+    {"lanes-permuted",
+     "Lanes have the answers of other lanes.",
+     AddPermutation,
+     {"The lanes stand in an order that nobody would guess: a swizzle or a shuffle with wrong "
+      "indices.",
+      "c.r = v\nc.r = shuffle(v, m)", "shuffle masks, swizzles", "*_arrays_* *_vector*"}},
 };
 
 }  // namespace

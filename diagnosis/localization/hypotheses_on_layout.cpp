@@ -110,45 +110,102 @@ void AddSteps(Ways& ways, std::size_t own, void (*set)(Fault& fault, int step)) 
 }
 
 constexpr Hypothesis hypotheses[] = {
-    {"b-at-{n}", "The float member of B lies at byte {n} in place of 0.",
+    {"b-at-{n}",
+     "The float member of B lies at byte {n} in place of 0.",
      [](Ways& ways) {
        if (!ways.row.twoInputs) return;
        AddPlaces(ways, real, &Layout::behindElement,
                  [](Fault& fault, const Place& place) { fault.b.place = place; });
-     }},
-    {"result-at-{n}", "The float member of the result lies at byte {n} in place of 0.",
+     },
+     {"The member is placed behind the other one, as in a structure, or behind some padding.",
+      "b[tid].b at byte 0 of the union\nb[tid].b at byte {n}",
+      "the layout of unions: every member has the offset 0", "add_* multiply_*"}},
+    {"result-at-{n}",
+     "The float member of the result lies at byte {n} in place of 0.",
      [](Ways& ways) {
        AddPlaces(ways, real, &Layout::behindElement,
                  [](Fault& fault, const Place& place) { fault.result = place; });
-     }},
-    {"a-at-{n}", "The integer member of A lies at byte {n} in place of 0.",
+     },
+     {"The member is placed behind the other one, as in a structure, or behind some padding.",
+      "c[tid].r at byte 0 of the union\nc[tid].r at byte {n}",
+      "the layout of unions: every member has the offset 0", "*"}},
+    {"a-at-{n}",
+     "The integer member of A lies at byte {n} in place of 0.",
      [](Ways& ways) {
        AddPlaces(ways, static_cast<int>(ways.row.width), &Layout::behindFloat,
                  [](Fault& fault, const Place& place) { fault.a.place = place; });
-     }},
-    {"union-as-struct", "In every union the members lie one behind the other, as in a struct.",
-     AddStructs},
-    {"stride-{n}-of-a", "The elements of a lie {n} byte{s} apart.", AddStrides<true, false, false>},
-    {"stride-{n}-of-result", "The elements of result lie {n} byte{s} apart.",
-     AddStrides<false, false, true>},
-    {"stride-{n}", "The elements of all buffers lie {n} byte{s} apart.",
-     AddStrides<true, true, true>},
-    {"stride-{n}-of-b", "The elements of b lie {n} byte{s} apart.", AddStrides<false, true, false>},
-    {"stride-{n}-of-inputs", "The elements of inputs lie {n} byte{s} apart.",
-     AddStrides<true, true, false>},
-    {"lane-stride-{n}-of-a", "The lanes of A lie {n} byte{s} apart.",
+     },
+     {"The member is placed behind the other one, as in a structure, or behind some padding.",
+      "a[tid].a at byte 0 of the union\na[tid].a at byte {n}",
+      "the layout of unions: every member has the offset 0", "*"}},
+    {"union-as-struct",
+     "In every union the members lie one behind the other, as in a struct.",
+     AddStructs,
+     {"The members of every union lie one behind the other.",
+      "union {{ int a; float h; }}\nstruct {{ int a; float h; }}",
+      "the layout of unions, the type that is made of them in the intermediate language", "*"}},
+    {"stride-{n}-of-a",
+     "The elements of a lie {n} byte{s} apart.",
+     AddStrides<true, false, false>,
+     {"The size of the union is wrong where A is read: its alignment is not seen, or rounded to "
+      "another boundary.",
+      "sizeof(union InputA) is a multiple of 32\n{n} bytes in its place",
+      "attribute aligned on a union, the size of the type that stands for it", "*"}},
+    {"stride-{n}-of-result",
+     "The elements of result lie {n} byte{s} apart.",
+     AddStrides<false, false, true>,
+     {"The size of the union is wrong where the result is stored: its alignment is not seen, or "
+      "rounded to another boundary.",
+      "sizeof(union InputA) is a multiple of 32\n{n} bytes in its place",
+      "attribute aligned on a union, the size of the type that stands for it", "*"}},
+    {"stride-{n}",
+     "The elements of all buffers lie {n} byte{s} apart.",
+     AddStrides<true, true, true>,
+     {"The size of the union is wrong in all buffers alike: its alignment is not seen, or rounded "
+      "to another boundary.",
+      "sizeof(union InputA) is a multiple of 32\n{n} bytes in its place",
+      "attribute aligned on a union, the size of the type that stands for it",
+      "power_union_scalar_* power_union_vector*"}},
+    {"stride-{n}-of-b",
+     "The elements of b lie {n} byte{s} apart.",
+     AddStrides<false, true, false>,
+     {"The size of the union is wrong where B is read: its alignment is not seen, or rounded to "
+      "another boundary.",
+      "sizeof(union InputA) is a multiple of 32\n{n} bytes in its place",
+      "attribute aligned on a union, the size of the type that stands for it", "add_* multiply_*"}},
+    {"stride-{n}-of-inputs",
+     "The elements of inputs lie {n} byte{s} apart.",
+     AddStrides<true, true, false>,
+     {"The size of the union is wrong where the inputs are read: its alignment is not seen, or "
+      "rounded to another boundary.",
+      "sizeof(union InputA) is a multiple of 32\n{n} bytes in its place",
+      "attribute aligned on a union, the size of the type that stands for it", "*"}},
+    {"lane-stride-{n}-of-a",
+     "The lanes of A lie {n} byte{s} apart.",
      [](Ways& ways) {
        AddSteps(ways, ways.row.width, [](Fault& fault, int step) { fault.a.place.step = step; });
-     }},
-    {"lane-stride-{n}-of-result", "The lanes of the result lie {n} byte{s} apart.",
+     },
+     {"The lanes are loaded or stored with the step of another type.",
+      "lane j at byte j * size of its type\nlane j at byte {n} * j",
+      "the size of an element where a vector or an array is taken apart", "*_arrays_* *_vector*"}},
+    {"lane-stride-{n}-of-result",
+     "The lanes of the result lie {n} byte{s} apart.",
      [](Ways& ways) {
        AddSteps(ways, real, [](Fault& fault, int step) { fault.result.step = step; });
-     }},
-    {"lane-stride-{n}-of-b", "The lanes of B lie {n} byte{s} apart.",
+     },
+     {"The lanes are loaded or stored with the step of another type.",
+      "lane j at byte j * size of its type\nlane j at byte {n} * j",
+      "the size of an element where a vector or an array is taken apart", "*_arrays_* *_vector*"}},
+    {"lane-stride-{n}-of-b",
+     "The lanes of B lie {n} byte{s} apart.",
      [](Ways& ways) {
        if (!ways.row.twoInputs) return;
        AddSteps(ways, real, [](Fault& fault, int step) { fault.b.place.step = step; });
-     }},
+     },
+     {"The lanes are loaded or stored with the step of another type.",
+      "lane j at byte j * size of its type\nlane j at byte {n} * j",
+      "the size of an element where a vector or an array is taken apart",
+      "add_union_arrays_* add_union_vector* multiply_union_arrays_* multiply_union_vector*"}},
 };
 
 }  // namespace

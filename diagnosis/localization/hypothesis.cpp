@@ -27,12 +27,12 @@ bool IsElsewhere(const Fault& fault) {
          fault.elements != ownElements || fault.repetitionsBefore != 0;
 }
 
+}  // namespace
+
 std::string Filled(const char* pattern, std::int64_t number) {
   return fmt::format(fmt::runtime(pattern), fmt::arg("n", number),
                      fmt::arg("s", number == 1 ? "" : "s"));
 }
-
-}  // namespace
 
 std::string Way::Name() const { return Filled(hypothesis->name, telling.number); }
 

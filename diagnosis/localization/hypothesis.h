@@ -24,12 +24,21 @@ enum class Rank {
 
 class Ways;
 
-/// A kind of fault that a row may suffer from. Its name and sentence are patterns of fmt, in which
-/// {n} is a number that differs from way to way, and {s} the ending of its plural.
+/// What one wants to know who meets a name.
+struct Entry {
+  const char* cause;    // what the compiler, or the driver, probably does
+  const char* example;  // two lines: what is asked for, and what is done in its place
+  const char* place;    // where to look
+  const char* rows;     // names or globs of the rows that can show it, with blanks between
+};
+
+/// A kind of fault that a row may suffer from. Its name, its sentence and the example are patterns
+/// of fmt, in which {n} is a number that differs from way to way, and {s} the ending of its plural.
 struct Hypothesis {
   const char* name;
   const char* sentence;
   void (*add)(Ways& ways);  // adds each way in which the row at hand may have it
+  Entry entry;
 };
 
 /// How a way is told.
@@ -78,6 +87,9 @@ class Ways {
 /// How far a wrong answer lies from the nearest right one; nothing if there is no such lane, or no
 /// distance.
 std::optional<std::int64_t> UlpsOfWrongLane(const RowData& data, std::size_t number);
+
+/// A pattern of a hypothesis with its number.
+std::string Filled(const char* pattern, std::int64_t number);
 
 /// The elements, or lanes, as bits.
 std::uint32_t MaskOf(const std::set<int>& numbers);

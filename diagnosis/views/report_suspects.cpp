@@ -1,3 +1,6 @@
+#include <fmt/format.h>
+
+#include "diagnosis/localization/glossary.h"
 #include "diagnosis/views/report_parts.h"
 
 namespace diagnosis {
@@ -5,6 +8,16 @@ namespace diagnosis {
 namespace {
 
 constexpr std::size_t mostNames = 24;
+
+// What the name means, for those who meet it for the first time.
+void AddTerms(pugi::xml_node article, const std::vector<Term>& terms) {
+  const pugi::xml_node folded = page::AddFolded(article, "What it may be, and where to look");
+  for (const Term& term : terms) {
+    Add(folded, "p", term.cause);
+    Add(folded, "pre", term.example);
+    Add(folded, "p", fmt::format("Where to look: {}.", term.place));
+  }
+}
 
 void AddSuspects(pugi::xml_node section, const Analysis& analysis) {
   const Suspects& suspects = analysis.suspects;
@@ -20,9 +33,12 @@ void AddSuspects(pugi::xml_node section, const Analysis& analysis) {
     const pugi::xml_node article =
         Set(AddClassed(section, "article", "suspect"), "id", IdOfSuspect(suspect.name));
     const pugi::xml_node line = AddClassed(article, "div", "headline");
-    Add(Add(line, "h3"), "code", suspect.name);
+    const std::vector<Term> terms = TermsOf(suspect.name);
+    const pugi::xml_node name = Add(Add(line, "h3"), "code", suspect.name);
+    if (!terms.empty()) Set(name, "title", terms.front().cause);
     AddClassed(line, "span", "note", Counted(suspect.rows.size(), "row"));
     Add(article, "p", suspect.meaning);
+    if (!terms.empty()) AddTerms(article, terms);
     if (!suspect.alike.empty()) {
       const pugi::xml_node alike = Add(article, "p", "The data can\u2019t tell it from ");
       for (std::size_t i = 0; i < suspect.alike.size(); ++i) {

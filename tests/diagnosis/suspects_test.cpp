@@ -2,6 +2,7 @@
 
 #include <CL/cl.h>
 #include <fmt/format.h>
+#include <fnmatch.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include <vector>
 
 #include "diagnosis/localization/analysis.h"
+#include "diagnosis/localization/glossary.h"
 #include "tests/diagnosis/made_up_device.h"
 
 namespace diagnosis {
@@ -452,6 +454,24 @@ TEST(Suspects, MustHoldInTheRowsBesideTheirs) {
   const Suspects suspects = AnalysisOf(run, {}).suspects;
   for (const auto& [row, named] : suspects.byRow)
     EXPECT_EQ(NamesIn(suspects, row), Names{unexplained}) << row;
+}
+
+// The glossary says which rows can show a fault: those that it is named on are among them.
+TEST(Suspects, AreNamedOnRowsOfTheirs) {
+  for (const Fault_& fault : Faults()) {
+    for (const std::string& name : fault.names) {
+      if (name == unexplained) continue;
+      for (const Term& term : TermsOf(name)) {
+        for (const char* row : fault.rows) {
+          const auto fits = [row](const std::string& glob) {
+            return fnmatch(glob.c_str(), row, 0) == 0;
+          };
+          EXPECT_TRUE(std::ranges::any_of(term.rows, fits)) << name << ' ' << row;
+        }
+      }
+      EXPECT_FALSE(TermsOf(name).empty()) << name;
+    }
+  }
 }
 
 // A member lies elsewhere at another byte in each layout, and that is one fault.
