@@ -44,8 +44,9 @@ Record Refused() {
 
 std::string TableWith(const std::function<Record(const Variation&)>& ended) {
   Run run;
-  for (const Variation& variation : Variations()) run.records.push_back(ended(variation));
-  return TableOfVariations(run);
+  const std::vector<Variation> variations = Variations({}, {});
+  for (const Variation& variation : variations) run.records.push_back(ended(variation));
+  return TableOfVariations(variations, run);
 }
 
 TEST(Vary, SaysWhetherItGoesAway) {
