@@ -39,6 +39,7 @@ workers::BroughtUp BringUp() {
   std::error_code none;
   const auto number = fs::exists(file) ? fs::file_size(file, none) : 0;
   std::ofstream(file, std::ios::app) << '+';
+  std::ofstream(file.string() + ".numbers", std::ios::app) << getpid() << '\n';
   switch (number < starts.size() ? starts[number] : '.') {
     case 'x':
       std::cerr << "words of the driver\n";
@@ -123,6 +124,8 @@ void Jobs::SetStarts(const std::string& starts) {
 }
 
 std::size_t Jobs::Starts() const { return Contents(folder_ / "starts").size(); }
+
+std::string Jobs::Runners() const { return Contents(folder_ / "starts.numbers"); }
 
 Told Jobs::RunAll(const std::vector<workers::Job>& jobs) {
   Told told;

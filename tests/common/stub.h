@@ -49,6 +49,8 @@ class Jobs : public testing::Test {
   void SetStarts(const std::string& starts);
   /// How many there were.
   std::size_t Starts() const;
+  /// The numbers of all runners.
+  std::string Runners() const;
 
   /// Jobs with these tasks, numbered from 0.
   Told RunAll(const std::vector<workers::Job>& jobs);
