@@ -1,6 +1,7 @@
 #include "common/command_line/options.h"
 
 #include <fmt/format.h>
+#include <wordexp.h>
 
 #include <charconv>
 #include <string>
@@ -46,6 +47,16 @@ CLI::Validator NotEmpty() {
   return Check([](const std::string& text) {
     return text.empty() ? std::string("must not be empty") : std::string();
   });
+}
+
+std::vector<std::string> WordsOf(const std::string& option, const std::string& line) {
+  wordexp_t expansion{};
+  if (wordexp(line.c_str(), &expansion, WRDE_NOCMD) != 0)
+    throw CLI::ValidationError(option, "cannot be split into words: " + line);
+  std::vector<std::string> words(expansion.we_wordv, expansion.we_wordv + expansion.we_wordc);
+  wordfree(&expansion);
+  if (words.empty()) throw CLI::ValidationError(option, "names no command");
+  return words;
 }
 
 }  // namespace command_line

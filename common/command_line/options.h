@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 // What an option's value must be. The library's own checks let an overflow, a NaN and nothing pass.
 
@@ -15,5 +17,9 @@ CLI::Validator Seconds(double least, double most);
 
 /// Anything but nothing.
 CLI::Validator NotEmpty();
+
+/// The words of a command line, by the shell's rules of quoting; at least one. Throws
+/// CLI::ValidationError, which names the option.
+std::vector<std::string> WordsOf(const std::string& option, const std::string& line);
 
 }  // namespace command_line

@@ -1,7 +1,5 @@
 #include "diagnosis/commands/command.h"
 
-#include <wordexp.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <filesystem>
@@ -16,17 +14,6 @@
 namespace diagnosis {
 
 namespace {
-
-// The words of a launcher, by the shell's rules of quoting.
-std::vector<std::string> WordsOf(const std::string& line) {
-  wordexp_t expansion{};
-  if (wordexp(line.c_str(), &expansion, WRDE_NOCMD) != 0)
-    throw CLI::ValidationError("--launcher", "cannot be split into words: " + line);
-  std::vector<std::string> words(expansion.we_wordv, expansion.we_wordv + expansion.we_wordc);
-  wordfree(&expansion);
-  if (words.empty()) throw CLI::ValidationError("--launcher", "names no command");
-  return words;
-}
 
 // Where the layer lies beside this program: as it was built, or as it is installed.
 std::string LayerThatShowsOne() {
@@ -119,7 +106,10 @@ void AddPoolOptions(CLI::App& app, const command_line::Call& call, RowsOptions& 
       ->capture_default_str();
   app.add_flag("--isolate", options.isolate, "A fresh worker for every row");
   app.add_option_function<std::string>(
-         "--launcher", [&options](const std::string& line) { options.launcher = WordsOf(line); },
+         "--launcher",
+         [&options](const std::string& line) {
+           options.launcher = command_line::WordsOf("--launcher", line);
+         },
          "Words before the worker's command, for instance 'ssh board'")
       ->type_name("CMD");
   app.add_option("--program", options.program, "This program where the launcher finds it")

@@ -1,0 +1,159 @@
+#include "exploration/record/run_record.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "common/text/bad_use.h"
+#include "common/text/text.h"
+
+namespace exploration {
+
+using nlohmann::json;
+
+static void to_json(json& value, const Device& device) { value = json::parse(Packed(device)); }
+static void from_json(const json& value, Device& device) { device = DeviceFrom(value.dump()); }
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(AnswerRecord, buffer, expected, known, actual)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Setting, name, result)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FaultRecord, name, title, kind, told, features, text, original,
+                                   isComplete, answers, log, settings, findings)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FindingRecord, program, kind, told, features, log, differences)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PairCounts, features, programs, wrong)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunRecord, version, command, host, start, end, ending, options,
+                                   device, right, wrong, notRun, leftOut, vanished, open, pairs,
+                                   faults)
+
+namespace {
+
+std::string Dumped(const json& value, int indentation) {
+  return value.dump(indentation, ' ', false, json::error_handler_t::replace);
+}
+
+void AddTo(std::vector<std::vector<std::uint64_t>>& sums,
+           const std::vector<std::vector<std::uint64_t>>& more) {
+  for (std::size_t i = 0; i < sums.size(); ++i)
+    for (std::size_t j = 0; j < sums.size(); ++j) sums[i][j] += more.at(i).at(j);
+}
+
+std::vector<AnswerRecord> AnswersOf(const Finding& finding) {
+  std::vector<AnswerRecord> answers;
+  std::size_t index = 0;
+  for (const RunnableBuffer& buffer : finding.runnable.buffers) {
+    if (!buffer.isAnswer || index == finding.outcome.answers.size()) continue;
+    answers.push_back({buffer.name, buffer.expected, buffer.known, finding.outcome.answers[index]});
+    ++index;
+  }
+  return answers;
+}
+
+}  // namespace
+
+FaultRecord RecordOf(const Fault& fault) {
+  FaultRecord record;
+  record.name = fault.name;
+  record.title = fault.title;
+  record.kind = NameOf(fault.shrunken.outcome.kind);
+  record.told = Told(fault.shrunken.outcome);
+  record.features = fault.features;
+  record.text = fault.shrunken.runnable.text;
+  record.original = fault.first.runnable.text;
+  record.isComplete = fault.isComplete;
+  record.answers = AnswersOf(fault.shrunken);
+  record.log = text::Printable(fault.shrunken.outcome.text);
+  record.settings = fault.settings;
+  record.findings = {fmt::format("{}:{}", fault.first.program.seed, fault.first.program.number)};
+  return record;
+}
+
+PairCounts::PairCounts(std::vector<std::string> ofFeatures) : features(std::move(ofFeatures)) {
+  programs.assign(features.size(), std::vector<std::uint64_t>(features.size()));
+  wrong = programs;
+}
+
+void PairCounts::Add(const std::vector<std::string>& used, bool isWrong) {
+  std::vector<std::size_t> indices;
+  for (const std::string& feature : used)
+    indices.push_back(
+        static_cast<std::size_t>(std::ranges::find(features, feature) - features.begin()));
+  for (const std::size_t i : indices) {
+    for (const std::size_t j : indices) {
+      ++programs.at(i).at(j);
+      if (isWrong) ++wrong.at(i).at(j);
+    }
+  }
+}
+
+void PairCounts::Add(const PairCounts& other) {
+  if (features != other.features)
+    throw text::BadUse("the runs are of versions whose features are not the same");
+  AddTo(programs, other.programs);
+  AddTo(wrong, other.wrong);
+}
+
+std::string ToJson(const RunRecord& run) { return Dumped(json(run), 1) + "\n"; }
+
+std::string ToJsonLine(const FindingRecord& finding) { return Dumped(json(finding), -1); }
+
+RunRecord RunFromFile(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw text::BadUse("cannot read " + path);
+  try {
+    RunRecord run = json::parse(file);
+    const std::size_t size = run.pairs.features.size();
+    for (const auto* counts : {&run.pairs.programs, &run.pairs.wrong}) {
+      if (counts->size() != size ||
+          !std::ranges::all_of(*counts, [size](const auto& line) { return line.size() == size; }))
+        throw text::BadUse(path + " is not a run's: its table of features is damaged");
+    }
+    return run;
+  } catch (const text::BadUse&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw text::BadUse(
+        fmt::format("{} is not a run's: {}", path, text::PrintableLine(error.what(), 120)));
+  }
+}
+
+RunRecord Merged(const std::vector<RunRecord>& runs) {
+  RunRecord merged = runs.front();
+  for (auto run = std::next(runs.begin()); run != runs.end(); ++run) {
+    merged.start = std::min(merged.start, run->start);
+    merged.end = std::max(merged.end, run->end);
+    merged.right += run->right;
+    merged.wrong += run->wrong;
+    merged.notRun += run->notRun;
+    merged.leftOut += run->leftOut;
+    merged.vanished += run->vanished;
+    merged.open += run->open;
+    merged.pairs.Add(run->pairs);
+    if (run->ending != "finished") merged.ending = run->ending;
+    if (run->host != merged.host) merged.host += ", " + run->host;
+    for (const FaultRecord& fault : run->faults) {
+      // The name is made from all by which faults are told apart.
+      const auto same = std::ranges::find(merged.faults, fault.name, &FaultRecord::name);
+      if (same == merged.faults.end()) {
+        merged.faults.push_back(fault);
+      } else {
+        same->findings.insert(same->findings.end(), fault.findings.begin(), fault.findings.end());
+      }
+    }
+  }
+  return merged;
+}
+
+std::string TotalsOf(const RunRecord& run) {
+  std::string totals = fmt::format("{}: {} right, {} wrong",
+                                   text::Counted(run.Programs(), "program"), run.right, run.wrong);
+  if (run.notRun > 0) totals += fmt::format(", {} not run", run.notRun);
+  totals += "; " + text::Counted(run.faults.size(), "fault");
+  if (run.vanished > 0) totals += fmt::format("; {} right when run again", run.vanished);
+  if (run.open > 0) totals += fmt::format("; {} not looked into", run.open);
+  return totals;
+}
+
+}  // namespace exploration
