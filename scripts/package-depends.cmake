@@ -8,6 +8,7 @@ if(CPACK_GENERATOR STREQUAL "DEB")
   file(WRITE ${work}/debian/control
     "Source: ${CPACK_PACKAGE_NAME}\n\nPackage: ${CPACK_PACKAGE_NAME}\nArchitecture: any\n")
   file(GLOB binaries ${CPACK_BINARIES}/union_suite ${CPACK_BINARIES}/union_triage
+    ${CPACK_BINARIES}/union_explore
     ${CPACK_BINARIES}/layers/*.so ${CPACK_BINARIES}/*.so)
   list(TRANSFORM binaries PREPEND -e)
   set(root ${CPACK_AARCH64_ROOT})

@@ -7,7 +7,7 @@ set(layer_folder ${CMAKE_INSTALL_LIBDIR}/${package})
 install(TARGETS union_suite RUNTIME)
 install(TARGETS as_gpu broken_compiler one_device simulated_gpu LIBRARY DESTINATION ${layer_folder})
 if(TARGET union_triage)
-  install(TARGETS union_triage RUNTIME)
+  install(TARGETS union_triage union_explore RUNTIME)
 endif()
 install(DIRECTORY baselines DESTINATION ${CMAKE_INSTALL_DATADIR}/${package})
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
@@ -15,14 +15,16 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING
   PATTERN "*.md" PATTERN "*.png")
 
 # Debian wants manual pages and the change log compressed, the same bytes each time.
-foreach(text IN ITEMS union_suite.1 union_triage.1 changelog)
+foreach(text IN ITEMS union_suite.1 union_triage.1 union_explore.1 changelog)
   configure_file(docs/${text} ${text} @ONLY)
   add_custom_command(OUTPUT ${text}.gz
     COMMAND gzip -9nkf ${text}
     DEPENDS ${PROJECT_BINARY_DIR}/${text} VERBATIM)
 endforeach()
-add_custom_target(compressed ALL DEPENDS union_suite.1.gz union_triage.1.gz changelog.gz)
+add_custom_target(compressed ALL DEPENDS
+  union_suite.1.gz union_triage.1.gz union_explore.1.gz changelog.gz)
 install(FILES ${PROJECT_BINARY_DIR}/union_suite.1.gz ${PROJECT_BINARY_DIR}/union_triage.1.gz
+  ${PROJECT_BINARY_DIR}/union_explore.1.gz
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${PROJECT_BINARY_DIR}/changelog.gz docs/copyright
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
@@ -57,7 +59,8 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
   "A GPU's OpenCL compiler and runtime must treat a union that overlays
 integers and floats as bytes, nothing else. union_suite holds 210 tests
 of it; union_triage runs each of them alone, accounts for every one, and
-explains what a device does wrong.")
+explains what a device does wrong; union_explore finds programs with
+unions, beyond those 210, that a driver gets wrong.")
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/scripts/package-depends.cmake)
 set(CPACK_AARCH64_ROOT ${AARCH64_ROOT})
 set(CPACK_BINARIES ${PROJECT_BINARY_DIR})
