@@ -122,6 +122,7 @@ bool Draw(Drawing& drawing) {
 
 const Feature asyncCopiesFeature = {.name = "async-copies",
                                     .says = "async_work_group_copy between local and global memory",
+                                    .needs = {&localMemoryFeature, &globalMemoryFeature},
                                     .statement = Draw};
 
 }  // namespace exploration

@@ -58,16 +58,32 @@ const Construct atomicConstruct = {.name = "atomic",
                                    .print = Print,
                                    .execute = Execute};
 
+/// A member of some element of a buffer, the same for every work-item or chosen at run time.
+std::optional<Node> DrawShared(Drawing& drawing) {
+  std::vector<int> arrays;
+  for (std::size_t i = 0; i < drawing.program.variables.size(); ++i) {
+    const Variable& variable = drawing.program.variables[i];
+    if (variable.role == Variable::Role::buffer && variable.space == Space::globalSpace)
+      arrays.push_back(static_cast<int>(i));
+  }
+  if (arrays.empty() || drawing.IsInFunction()) return std::nullopt;
+  std::optional<Node> place = NameOf(drawing.program, drawing.random.OneOf(arrays));
+  while (place && !drawing.program.types[place->type].IsLeaf()) place = drawing.Step(*place);
+  return place;
+}
+
 bool Draw(Drawing& drawing) {
+  const bool isShared = drawing.program.Items() > 1 && drawing.random.Chance(50);
   for (int attempt = 0; attempt < 12; ++attempt) {
-    const std::optional<Node> leaf = drawing.KnownLeaf();
+    const std::optional<Node> leaf = isShared ? DrawShared(drawing) : drawing.KnownLeaf();
     if (!leaf) continue;
     const Space space = SpaceOf(*leaf, drawing.program);
     if (space != Space::localSpace && space != Space::globalSpace) continue;
     if (leaf->type != TypeOf(Scalar::intType) && leaf->type != TypeOf(Scalar::uintType)) continue;
+    const Node value = drawing.NewValue(leaf->type);
     drawing.Add({&atomicConstruct,
                  noType,
-                 {*leaf, drawing.NewValue(leaf->type)},
+                 {*leaf, value},
                  {drawing.random.Below(static_cast<int>(std::size(atomics)))}});
     return true;
   }
@@ -78,6 +94,7 @@ bool Draw(Drawing& drawing) {
 
 const Feature atomicsFeature = {.name = "atomics",
                                 .says = "atomic functions on a member that is an int or uint",
+                                .needs = {&globalMemoryFeature},
                                 .statement = Draw};
 
 }  // namespace exploration

@@ -7,13 +7,11 @@
 namespace exploration {
 namespace {
 
-bool IsAligned(const Types& types, const Type& record) {
-  return record.aligned != 0 ||
-         std::any_of(record.members.begin(), record.members.end(), [&](const Member& member) {
-           return member.aligned != 0 ||
-                  (types[member.type].IsRecord() && IsAligned(types, types[member.type])) ||
-                  (types[member.type].kind == Type::Kind::array &&
-                   IsAligned(types, types[types[member.type].element]));
+bool IsAligned(const Types& types, const Type& type) {
+  if (type.kind == Type::Kind::array) return IsAligned(types, types[type.element]);
+  return type.aligned != 0 ||
+         std::any_of(type.members.begin(), type.members.end(), [&types](const Member& member) {
+           return member.aligned != 0 || IsAligned(types, types[member.type]);
          });
 }
 

@@ -82,6 +82,7 @@ bool Draw(Drawing& drawing) {
 
 const Feature barriersFeature = {.name = "barriers",
                                  .says = "elements of other work-items, read between two barriers",
+                                 .needs = {&localMemoryFeature, &workItemsFeature},
                                  .statement = Draw};
 
 }  // namespace exploration

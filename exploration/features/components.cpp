@@ -39,7 +39,9 @@ std::optional<Node> Draw(Drawing& drawing, const Node& from) {
 
 }  // namespace
 
-const Feature componentsFeature = {
-    .name = "components", .says = "single components of vectors: .x, .s3", .place = Draw};
+const Feature componentsFeature = {.name = "components",
+                                   .says = "single components of vectors: .x, .s3",
+                                   .needs = {&vectorsFeature},
+                                   .place = Draw};
 
 }  // namespace exploration

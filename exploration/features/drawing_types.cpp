@@ -24,6 +24,7 @@ TypeId Drawing::NewLeafType() {
   std::vector<Scalar> scalars = {Scalar::charType,   Scalar::ucharType, Scalar::shortType,
                                  Scalar::ushortType, Scalar::intType,   Scalar::uintType,
                                  Scalar::longType,   Scalar::ulongType};
+  if (Has(atomicsFeature)) scalars.insert(scalars.end(), 3, Scalar::uintType);
   if (Has(floatsFeature)) scalars.insert(scalars.end(), 4, Scalar::floatType);
   if (Has(doublesFeature)) scalars.insert(scalars.end(), 3, Scalar::doubleType);
   if (Has(halvesFeature)) scalars.insert(scalars.end(), 3, Scalar::halfType);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string_view>
 
@@ -16,6 +17,8 @@ struct Feature {
   std::string_view name;
   std::string_view says;  ///< What it is, in a few words.
 
+  /// Without these it has nothing to work on.
+  std::array<const Feature*, 3> needs = {};
   /// Draws an object of a structure or union, before anything else. False if it can't.
   bool (*object)(Drawing& drawing, TypeId record) = nullptr;
   /// Draws statements. False, or Invalid thrown, if there is no place for any.

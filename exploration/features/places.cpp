@@ -61,6 +61,14 @@ Place LocatePointee(const Node& node, Machine& machine) {
   return place;
 }
 
+bool HasUnion(const Types& types, TypeId id) {
+  const Type& type = types[id];
+  if (type.kind == Type::Kind::array) return HasUnion(types, type.element);
+  return type.kind == Type::Kind::unionType ||
+         std::any_of(type.members.begin(), type.members.end(),
+                     [&types](const Member& member) { return HasUnion(types, member.type); });
+}
+
 void CheckAddress(const Node& node, const Program& program) {
   RequireParts(node, 1);
   const Type& pointer = program.types[node.type];
@@ -79,6 +87,14 @@ Value EvaluateAddress(const Node& node, Machine& machine) {
   value.target = machine.Locate(node.parts[0]);
   Require(value.target.components.empty(), "the address of a component");
   RequireAligned(machine, value.target);
+  // Through a pointer to a union in a union, the inner one's members could be accessed and not seem
+  // to be the outer one's.
+  const auto isUnion = [&machine](const Step& step) {
+    return machine.types[step.record].kind == Type::Kind::unionType;
+  };
+  Require(!HasUnion(machine.types, value.target.type) ||
+              std::none_of(value.target.path.begin(), value.target.path.end(), isUnion),
+          "the address of a union in a union");
   return value;
 }
 

@@ -32,6 +32,7 @@ std::optional<Node> DrawElement(Drawing& drawing, const Node& from) {
 
 const Feature runTimeIndicesFeature = {.name = "run-time-indices",
                                        .says = "elements of arrays by a number from outside",
+                                       .needs = {&arraysFeature},
                                        .place = DrawElement};
 
 }  // namespace exploration

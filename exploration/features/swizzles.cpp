@@ -57,6 +57,7 @@ std::optional<Node> Draw(Drawing& drawing, const Node& from) {
 
 const Feature swizzlesFeature = {.name = "swizzles",
                                  .says = "several components of a vector in any order: .zx, .s50",
+                                 .needs = {&vectorsFeature},
                                  .place = Draw};
 
 }  // namespace exploration

@@ -68,7 +68,9 @@ std::optional<Node> Draw(Drawing& drawing, const Node& from) {
 
 }  // namespace
 
-const Feature vectorHalvesFeature = {
-    .name = "vector-halves", .says = ".lo, .hi, .even and .odd of vectors", .place = Draw};
+const Feature vectorHalvesFeature = {.name = "vector-halves",
+                                     .says = ".lo, .hi, .even and .odd of vectors",
+                                     .needs = {&vectorsFeature},
+                                     .place = Draw};
 
 }  // namespace exploration

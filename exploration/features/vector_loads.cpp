@@ -50,6 +50,7 @@ bool DrawAnswer(Drawing& drawing) {
 
 const Feature vectorLoadsFeature = {.name = "vector-loads",
                                     .says = "vloadN from arrays and bytes",
+                                    .needs = {&arraysFeature},
                                     .statement = DrawAnswer,
                                     .value = DrawValue};
 

@@ -43,7 +43,9 @@ bool Draw(Drawing& drawing) {
 
 }  // namespace
 
-const Feature vectorStoresFeature = {
-    .name = "vector-stores", .says = "vstoreN to arrays and bytes", .statement = Draw};
+const Feature vectorStoresFeature = {.name = "vector-stores",
+                                     .says = "vstoreN to arrays and bytes",
+                                     .needs = {&arraysFeature},
+                                     .statement = Draw};
 
 }  // namespace exploration

@@ -75,6 +75,7 @@ const Feature wholeUnionsFeature = {.name = "whole-unions",
 
 const Feature wholeStructsFeature = {.name = "whole-structs",
                                      .says = "assignment of whole structs",
+                                     .needs = {&nestedStructsFeature},
                                      .statement = [](Drawing& drawing) {
                                        return Draw(drawing, structConstruct, Type::Kind::structure);
                                      }};

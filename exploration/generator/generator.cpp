@@ -17,6 +17,10 @@ const Feature* Named(const std::string& name) {
   return feature;
 }
 
+bool Contains(const std::vector<const Feature*>& features, const Feature* feature) {
+  return std::find(features.begin(), features.end(), feature) != features.end();
+}
+
 struct Memory {
   Space space;
   std::vector<const Feature*> features;
@@ -41,11 +45,11 @@ std::vector<const Feature*> Allowed(const Options& options) {
   for (const std::string& name : options.only) allowed.push_back(Named(name));
   if (options.only.empty()) allowed = Features();
   for (const Feature* feature : Features())
-    if (IsBasic(feature) && std::find(allowed.begin(), allowed.end(), feature) == allowed.end())
-      allowed.push_back(feature);
+    if (IsBasic(feature) && !Contains(allowed, feature)) allowed.push_back(feature);
   for (const std::string& name : options.without) std::erase(allowed, Named(name));
   if (!options.hasDouble) std::erase(allowed, &doublesFeature);
   if (!options.hasHalf) std::erase(allowed, &halvesFeature);
+  if (!options.hasAnonymousMembers) std::erase(allowed, &anonymousMembersFeature);
   if (options.space) {
     for (const Memory& memory : Memories()) {
       if (memory.space == *options.space) continue;
@@ -53,6 +57,18 @@ std::vector<const Feature*> Allowed(const Options& options) {
     }
   }
   return allowed;
+}
+
+/// With what it needs, unless that may not be used.
+void Choose(const Feature* feature, const std::vector<const Feature*>& allowed,
+            std::vector<const Feature*>& chosen) {
+  const auto lacks = [&allowed](const Feature* need) {
+    return need != nullptr && !Contains(allowed, need);
+  };
+  if (std::any_of(feature->needs.begin(), feature->needs.end(), lacks)) return;
+  for (const Feature* need : feature->needs)
+    if (need != nullptr) Choose(need, allowed, chosen);
+  if (!Contains(chosen, feature)) chosen.push_back(feature);
 }
 
 /// What this program uses: few features much rather than all of them a little, by which more faults
@@ -65,8 +81,7 @@ std::vector<const Feature*> Chosen(Random& random, const std::vector<const Featu
   std::vector<const Feature*> chosen = {random.OneOf(objects)};
   const int percent = random.OneOf<int>({15, 30, 50, 75});
   for (const Feature* feature : allowed)
-    if (feature != chosen.front() && (IsBasic(feature) || random.Chance(percent)))
-      chosen.push_back(feature);
+    if (IsBasic(feature) || random.Chance(percent)) Choose(feature, allowed, chosen);
   return chosen;
 }
 
@@ -84,10 +99,7 @@ Program Draw(std::uint64_t seed, std::uint64_t number, const Options& options) {
   Program program;
   program.seed = seed;
   program.number = number;
-  const auto has = [&features](const Feature& feature) {
-    return std::find(features.begin(), features.end(), &feature) != features.end();
-  };
-  if (has(workItemsFeature)) {
+  if (Contains(features, &workItemsFeature)) {
     program.localSize = random.Between(2, 4);
     program.groups = random.Chance(30) ? 2 : 1;
   }
@@ -98,10 +110,11 @@ Program Draw(std::uint64_t seed, std::uint64_t number, const Options& options) {
   std::vector<const Feature*> objects;
   for (const Feature* feature : features)
     if (feature->object != nullptr) objects.push_back(feature);
-  const int more = drawing.random.Between(0, 2);
-  for (int i = 0; i <= more; ++i) {
-    const Feature* feature = i == 0 ? objects.front() : drawing.random.OneOf(objects);
-    feature->object(drawing, i == 2 ? other : record);
+  // One in each memory, as far as there are not too many, and some more.
+  const std::size_t count = static_cast<std::size_t>(drawing.random.Between(2, 4));
+  for (std::size_t i = 0; i < count; ++i) {
+    const Feature* feature = i < objects.size() ? objects[i] : drawing.random.OneOf(objects);
+    feature->object(drawing, i == 3 ? other : record);
   }
   const int statements = drawing.random.OneOf<int>({3, 6, 10, 15, 25});
   for (int i = 0; i < statements; ++i) drawing.AddOne();

@@ -16,6 +16,7 @@ struct Options {
   std::vector<std::string> without;  ///< Features that may not.
   bool hasDouble = false;            ///< What the device has.
   bool hasHalf = false;              ///< cl_khr_fp16.
+  bool hasAnonymousMembers = false;  ///< The compiler takes them, though the language has none.
 };
 
 /// The program of that number, the same on every machine. Throws text::BadUse if a name in the

@@ -149,7 +149,9 @@ Value Loaded(const Types& types, Object& object, const Place& place) {
   const Type& type = types[place.type];
   Value value;
   value.type = place.type;
-  for (std::size_t i = 0; i < SizeOf(types, place.type); ++i)
+  const std::size_t bytes = SizeOf(types, place.type);
+  value.bytes.reserve(bytes);
+  for (std::size_t i = 0; i < bytes; ++i)
     value.bytes.push_back(object.cells.at(place.offset + i).byte);
   if (!type.IsLeaf()) return Copied(types, value);
   if (!place.components.empty()) {
@@ -221,8 +223,8 @@ Value Copied(const Types& types, Value value) {
           "nothing of what is copied is known");
   for (const Leaf& leaf : LeavesOf(types, value.type)) {
     if (IsOrdinary(types, leaf.type, value.bytes, leaf.offset)) continue;
-    for (std::size_t i = 0; i < SizeOf(types, leaf.type); ++i)
-      Weaken(value.bytes[leaf.offset + i], Knowledge::customary);
+    const std::size_t end = leaf.offset + SizeOf(types, leaf.type);
+    for (std::size_t i = leaf.offset; i < end; ++i) Weaken(value.bytes[i], Knowledge::customary);
   }
   return value;
 }

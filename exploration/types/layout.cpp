@@ -28,9 +28,12 @@ void AddLeaves(const Types& types, TypeId id, std::size_t offset, std::vector<Le
     for (int i = 0; i < type.count; ++i)
       AddLeaves(types, type.element, offset + static_cast<std::size_t>(i) * size, leaves);
   }
-  for (std::size_t i = 0; i < type.members.size(); ++i)
-    AddLeaves(types, type.members[i].type, offset + OffsetOf(types, id, static_cast<int>(i)),
-              leaves);
+  std::size_t end = 0;
+  for (const Member& member : type.members) {
+    const std::size_t begin = Begin(types, type, member, end);
+    end = begin + SizeOf(types, member.type);
+    AddLeaves(types, member.type, offset + begin, leaves);
+  }
 }
 
 }  // namespace
