@@ -26,8 +26,8 @@ void Check(const Node& node, const Program& program) {
 std::string Print(const Node& node, const Printer& printer) {
   const Type& type = printer.program.types[node.type];
   const std::string text =
-      fmt::format("({} {} {})", printer.Operand(node.parts[0]),
-                  signs[static_cast<std::size_t>(node.numbers[0])], printer.Operand(node.parts[1]));
+      fmt::format("({} {} {})", printer.Text(node.parts[0]),
+                  signs[static_cast<std::size_t>(node.numbers[0])], printer.Text(node.parts[1]));
   const ScalarTraits& traits = TraitsOf(type.scalar);
   const bool isPromoted = type.count == 1 && traits.size < 4 && !traits.isFloat;
   return isPromoted ? fmt::format("({}){}", traits.name, text) : text;

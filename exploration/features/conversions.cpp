@@ -18,7 +18,7 @@ std::string Print(const Node& node, const Printer& printer) {
   const std::string name = printer.TypeName(node.type);
   if (printer.program.types[node.type].count > 1 || node.numbers.at(0) != 0)
     return fmt::format("convert_{}({})", name, printer.Text(node.parts[0]));
-  return fmt::format("({}){}", name, printer.Operand(node.parts[0]));
+  return fmt::format("({}){}", name, printer.Text(node.parts[0]));
 }
 Value Evaluate(const Node& node, Machine& machine) {
   const Value from = machine.Evaluate(node.parts[0]);

@@ -8,9 +8,11 @@ namespace exploration {
 namespace {
 
 bool HasObject(const Program& program, Space space, Variable::Role role) {
-  return std::any_of(
-      program.variables.begin(), program.variables.end(),
-      [&](const Variable& variable) { return variable.space == space && variable.role == role; });
+  return std::any_of(program.variables.begin(), program.variables.end(),
+                     [&](const Variable& variable) {
+                       return variable.space == space && variable.role == role &&
+                              program.types[variable.type].kind != Type::Kind::pointer;
+                     });
 }
 
 bool DrawPrivate(Drawing& drawing, TypeId record) {

@@ -48,13 +48,6 @@ std::string Members(const Printer& printer, const Type& record) {
   return text;
 }
 
-std::string Definition(const Printer& printer, const Type& record) {
-  std::string text = record.kind == Type::Kind::structure ? "struct " : "union ";
-  if (record.packed) text += "__attribute__((packed)) ";
-  if (record.aligned != 0) text += fmt::format("__attribute__((aligned({}))) ", record.aligned);
-  return text + record.name + " {\n" + Members(printer, record) + "};\n\n";
-}
-
 std::string Definition(const Printer& printer, const Function& function) {
   std::string parameters;
   for (const int parameter : function.parameters) {
@@ -119,6 +112,14 @@ std::string Printer::Declared(TypeId type, const std::string& name) const {
   return TypeName(type) + (isPointer ? "" : " ") + name + sizes;
 }
 
+std::string Printer::Definition(TypeId id) const {
+  const Type& record = program.types[id];
+  std::string text = record.kind == Type::Kind::structure ? "struct " : "union ";
+  if (record.packed) text += "__attribute__((packed)) ";
+  if (record.aligned != 0) text += fmt::format("__attribute__((aligned({}))) ", record.aligned);
+  return text + record.name + " {\n" + Members(*this, record) + "};\n";
+}
+
 const std::string& Printer::VariableName(std::int64_t variable) const {
   return program.variables.at(static_cast<std::size_t>(variable)).name;
 }
@@ -132,7 +133,7 @@ std::string Print(const Program& program) {
     text += "#pragma OPENCL EXTENSION cl_khr_fp16 : enable\n\n";
   for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
     const Type& type = program.types[id];
-    if (type.IsRecord() && !type.name.empty()) text += Definition(printer, type);
+    if (type.IsRecord() && !type.name.empty()) text += printer.Definition(id) + "\n";
   }
   for (const ConstantData& data : program.constants) {
     const Variable& variable = program.variables.at(static_cast<std::size_t>(data.variable));

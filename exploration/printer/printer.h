@@ -24,6 +24,8 @@ class Printer {
   std::string TypeName(TypeId type) const;
   /// "union U1 u2[3][2]".
   std::string Declared(TypeId type, const std::string& name) const;
+  /// "union U1 { ... };", on several lines, of a structure or union with a tag.
+  std::string Definition(TypeId record) const;
   const std::string& VariableName(std::int64_t variable) const;
 };
 

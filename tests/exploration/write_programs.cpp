@@ -1,5 +1,6 @@
-// write_programs SEED FIRST END FOLDER: a batch of programs for the host's compiler. All are written
-// into one file, which is compiled much faster than many: each name gets its program's number.
+// write_programs SEED FIRST END FOLDER: a batch of programs for the host's compiler. All are
+// written into one file, which is compiled much faster than many: each name gets its program's
+// number.
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
@@ -44,7 +45,8 @@ int main(int argc, char** argv) {
     const auto program = exploration::MakeRunnable(exploration::Draw(seed, number, options));
     const std::string mark = "_" + std::to_string(number);
     texts << std::regex_replace(program.text, names, "$1$2" + mark) << '\n';
-    table << "void test" << mark << "(void *, void *, void *, void *, void *, void *, void *, void *);\n";
+    table << "void test" << mark
+          << "(void *, void *, void *, void *, void *, void *, void *, void *);\n";
     list += "test" + mark + ",\n";
     cases << number << ' ' << program.globalSize << ' ' << program.localSize << ' '
           << program.buffers.size() << '\n';
