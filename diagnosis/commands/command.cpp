@@ -74,9 +74,14 @@ void AddDevice(CLI::App& app) {
 }  // namespace
 
 void AddRows(CLI::App& app, std::vector<std::string>& patterns) {
-  app.add_option("ROW", patterns,
-                 "Names of rows, or globs such as 'multiply_*' and '*_vector3_?'; all if none")
-      ->each([](const std::string& pattern) { Select({pattern}); })
+  app.add_option(
+         "ROW", patterns,
+         "Names of rows, or globs such as 'multiply_*' and '*_vector3_?'; '!GLOB' takes rows out; "
+         "all if none")
+      ->each([](const std::string& pattern) {
+        // Whether it matches; what is left in the end is seen when all are there.
+        Select({pattern.starts_with('!') ? pattern.substr(1) : pattern});
+      })
       ->type_name("");
 }
 

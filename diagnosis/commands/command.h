@@ -15,6 +15,7 @@ namespace diagnosis {
 /// COMMANDS(DO) does DO(name) for each, in the order in which help tells of them. A command is the
 /// file of its name in this folder.
 #define COMMANDS(DO) \
+  DO(baseline)       \
   DO(compare)        \
   DO(explain)        \
   DO(list)           \

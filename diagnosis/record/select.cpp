@@ -4,8 +4,8 @@
 #include <fnmatch.h>
 
 #include <algorithm>
-#include <numeric>
 #include <optional>
+#include <set>
 
 #include "common/text/bad_use.h"
 #include "common/text/configuration_lines.h"
@@ -43,21 +43,27 @@ std::string AdviceOn(const std::string& pattern) {
 }  // namespace
 
 std::vector<std::size_t> Select(const std::vector<std::string>& patterns) {
-  std::vector<std::size_t> selected;
-  if (patterns.empty()) {
-    selected.resize(std::size(rows));
-    std::iota(selected.begin(), selected.end(), std::size_t{0});
+  std::set<std::size_t> selected;
+  if (patterns.empty() || patterns.front().starts_with('!')) {
+    for (std::size_t row = 0; row < std::size(rows); ++row) selected.insert(row);
   }
   for (const std::string& pattern : patterns) {
-    const std::vector<std::size_t> matching = Matching(pattern);
+    const bool takesOut = pattern.starts_with('!');
+    const std::string glob = pattern.substr(takesOut ? 1 : 0);
+    const std::vector<std::size_t> matching = Matching(glob);
     if (matching.empty())
       throw text::BadUse(
-          fmt::format("no row matches '{}'{}", text::PrintableLine(pattern), AdviceOn(pattern)));
-    selected.insert(selected.end(), matching.begin(), matching.end());
+          fmt::format("no row matches '{}'{}", text::PrintableLine(glob), AdviceOn(glob)));
+    for (const std::size_t row : matching) {
+      if (takesOut) {
+        selected.erase(row);
+      } else {
+        selected.insert(row);
+      }
+    }
   }
-  std::ranges::sort(selected);
-  selected.erase(std::unique(selected.begin(), selected.end()), selected.end());
-  return selected;
+  if (selected.empty()) throw text::BadUse("no row is left to be selected");
+  return {selected.begin(), selected.end()};
 }
 
 std::size_t RowCalled(std::string_view name) {
@@ -71,10 +77,18 @@ std::size_t RowCalled(std::string_view name) {
 Skips ReadSkips(const std::string& path) {
   Skips skips;
   for (const auto& [place, text] : text::LinesOf(path)) {
-    const std::vector<std::size_t> matching = Matching(text);
+    const bool takesOut = text.starts_with('!');
+    const std::string glob = text.substr(takesOut ? 1 : 0);
+    const std::vector<std::size_t> matching = Matching(glob);
     if (matching.empty())
-      throw text::BadUse(fmt::format("{}: no row matches '{}'", place, text::PrintableLine(text)));
-    for (const std::size_t row : matching) skips.emplace(rows[row].name, place);
+      throw text::BadUse(fmt::format("{}: no row matches '{}'", place, text::PrintableLine(glob)));
+    for (const std::size_t row : matching) {
+      if (takesOut) {
+        skips.erase(std::string(rows[row].name));
+      } else {
+        skips.emplace(rows[row].name, place);
+      }
+    }
   }
   return skips;
 }

@@ -11,9 +11,9 @@ namespace diagnosis {
 /// in one way or another. Skip and Missing are no results: the row may also pass.
 using Baseline = std::map<std::string, Status, std::less<>>;
 
-/// Reads `test,status` a line, comments behind a `#`; a first line that says just that is the
-/// table's head. Throws BadUse, with file and line, for a row or status that there is not, a row
-/// named twice, or a line of another form.
+/// Reads `test,status` a line, comments behind a `#`; a first line that says just that is the head.
+/// A test is a name or glob; "!GLOB" takes rows out again; the later of two lines counts. Throws
+/// BadUse, with the line, for a row or status that there is not, a name twice, or another form.
 Baseline ReadBaseline(const std::string& path);
 
 }  // namespace diagnosis

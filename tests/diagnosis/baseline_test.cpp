@@ -8,9 +8,12 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "common/text/bad_use.h"
 #include "diagnosis/record/select.h"
+#include "diagnosis/verdict/baseline_update.h"
 #include "harness/rows.h"
 
 namespace diagnosis {
@@ -63,7 +66,9 @@ TEST_F(TextFile, ABaselineIsRefusedWithTheLineThatIsWrong) {
       {"add_union_scalar_1,Fail\nadd_union_scalar_1,Fail\n",
        ":2: add_union_scalar_1 is named twice"},
       {"\nadd_union_scalar_7,Fail\n", ":2: no row is called 'add_union_scalar_7'"},
-      {"add_*,Fail\n", ":1: no row is called 'add_*'"},
+      {"sub_*,Fail\n", ":1: no row matches 'sub_*'"},
+      {"!add\n", ":1: no row is called 'add'"},
+      {"!add_*,Fail\n", ":1: no row matches 'add_*,Fail'"},
       {"add_union_scalar_1,fail\n", ":1: 'fail' is no status to expect"},
       {"add_union_scalar_1,UnexpectedPass\n", ":1: 'UnexpectedPass' is no status to expect"},
       {"add_union_scalar_1,\n", ":1: '' is no status to expect"},
@@ -81,12 +86,85 @@ TEST_F(TextFile, ABaselineIsRefusedWithTheLineThatIsWrong) {
   EXPECT_THROW(ReadBaseline("/"), text::BadUse);
 }
 
+TEST_F(TextFile, OfTwoLinesOfABaselineTheLaterCounts) {
+  Write(
+      "add_union_scalar_[12],Fail\n"
+      "add_union_scalar_1,Crash\n"
+      "copy_union_vector*_1,Timeout\n"
+      "!copy_union_vector[2348]_1  # mended\n"
+      "copy_union_vector3_1,Pass\n");
+  EXPECT_EQ(ReadBaseline(path), (Baseline{{"add_union_scalar_1", Status::crash},
+                                          {"add_union_scalar_2", Status::fail},
+                                          {"copy_union_vector16_1", Status::timeout}}));
+}
+
+TEST_F(TextFile, ABaselineChangesAsLittleAsCanBe) {
+  const auto updated = [](const std::string& text,
+                          const std::vector<std::pair<const char*, Status>>& ended) {
+    std::vector<Record> records(ended.size());
+    std::vector<RowResult> results(ended.size());
+    for (std::size_t i = 0; i < ended.size(); ++i) {
+      records[i].row = ended[i].first;
+      results[i].record = &records[i];
+      results[i].verdict = ended[i].second;
+    }
+    return Updated(text, results);
+  };
+  struct {
+    const char* text;
+    std::vector<std::pair<const char*, Status>> ended;
+    const char* updated;
+  } const cases[] = {
+      // Nothing to change, whatever the form.
+      {"test,status\r\n  add_union_scalar_1 , ExpectedFail  # ours\r\n",
+       {{"add_union_scalar_1", Status::expectedFail}, {"add_union_scalar_2", Status::pass}},
+       "test,status\r\n  add_union_scalar_1 , ExpectedFail  # ours\r\n"},
+      // Another status on the row's own line.
+      {"# a\nadd_union_scalar_1 , Fail  # b\r\n",
+       {{"add_union_scalar_1", Status::crash}},
+       "# a\nadd_union_scalar_1 , Crash  # b\r\n"},
+      // A line that is needed no longer, and one whose comment stays.
+      {"add_union_scalar_1,Fail\nadd_union_scalar_2,Fail # known\n# end",
+       {{"add_union_scalar_1", Status::unexpectedPass}, {"add_union_scalar_2", Status::pass}},
+       "add_union_scalar_2,Pass # known\n# end"},
+      // New lines, behind a last one without an end.
+      {"add_union_scalar_1,Fail",
+       {{"add_union_scalar_1", Status::expectedFail},
+        {"copy_union_scalar_1", Status::flake},
+        {"copy_union_scalar_2", Status::fail}},
+       "add_union_scalar_1,Fail\ncopy_union_scalar_1,Flake\ncopy_union_scalar_2,Fail\n"},
+      // Rows of a glob, before and behind their own lines.
+      {"add_union_scalar_*,Fail\n!add_union_scalar_3\n",
+       {{"add_union_scalar_1", Status::pass},
+        {"add_union_scalar_2", Status::expectedFail},
+        {"add_union_scalar_3", Status::fail}},
+       "add_union_scalar_*,Fail\n!add_union_scalar_3\nadd_union_scalar_1,Pass\n"
+       "add_union_scalar_3,Fail\n"},
+      {"add_union_scalar_1,Crash\nadd_union_scalar_*,Fail\n",
+       {{"add_union_scalar_1", Status::crash}},
+       "add_union_scalar_*,Fail\nadd_union_scalar_1,Crash\n"},
+      // What was not run says nothing.
+      {"add_union_scalar_1,Fail\nadd_union_scalar_2,Fail\n",
+       {{"add_union_scalar_1", Status::skip}, {"add_union_scalar_2", Status::missing}},
+       "add_union_scalar_1,Fail\nadd_union_scalar_2,Fail\n"},
+      {"", {{"add_union_scalar_1", Status::pass}}, ""},
+  };
+  for (const auto& c : cases) {
+    const std::string text = updated(c.text, c.ended);
+    EXPECT_EQ(text, c.updated);
+    // And then there is nothing more to change.
+    EXPECT_EQ(updated(text, c.ended), text);
+  }
+}
+
 TEST_F(TextFile, AListOfSkipsTakesGlobs) {
   Write("# none of these\nadd_union_arrays_?\npower_union_vector3_4 # nor this\n");
   const Skips skips = ReadSkips(path);
   EXPECT_EQ(skips.size(), 7U);
   EXPECT_EQ(skips.at("add_union_arrays_6"), path + ":2");
   EXPECT_EQ(skips.at("power_union_vector3_4"), path + ":3");
+  Write("power_*\n!power_union_vector*\n");
+  EXPECT_EQ(ReadSkips(path).size(), 12U);
   Write("add_union_arrays_1\nsub_*\n");
   EXPECT_EQ(Refusal(ReadSkips), ":2: no row matches 'sub_*'");
 }
@@ -98,6 +176,11 @@ TEST(Select, TakesNamesAndGlobsInTheOrderOfTheMatrix) {
   EXPECT_EQ(Select({"add_union_arrays_3", "add_union_arrays_[12]", "add_union_arrays_3"}),
             (std::vector<std::size_t>{0, 1, 2}));
   EXPECT_EQ(rows[RowCalled("power_union_vector8_6")].name, "power_union_vector8_6");
+  EXPECT_EQ(Select({"!power_*"}).size(), 168U);
+  EXPECT_EQ(Select({"add_*", "!*_[2-6]", "add_union_scalar_2", "!*_vector*"}),
+            (std::vector<std::size_t>{0, 6, 7}));
+  EXPECT_THROW(Select({"!nothing"}), text::BadUse);
+  EXPECT_THROW(Select({"add_*", "!*"}), text::BadUse);
   EXPECT_THROW(Select({"add_*", "nothing"}), text::BadUse);
   EXPECT_THROW(Select({""}), text::BadUse);
   EXPECT_THROW(RowCalled("add_*"), text::BadUse);

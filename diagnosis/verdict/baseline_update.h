@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "diagnosis/verdict/baseline.h"
+#include "diagnosis/verdict/row_result.h"
+
+namespace diagnosis {
+
+/// What a line of a baseline says.
+struct BaselineEntry {
+  std::vector<std::string> rows;
+  bool isName = false;  // of the one row, not a glob's
+  Status status = Status::pass;
+};
+
+/// A line without comment and blanks around it. Throws BadUse, without the place.
+BaselineEntry EntryOf(std::string_view text);
+
+/// The baseline `text` with as few lines changed as can be so that these rows end as it says: the
+/// status on a row's own line, a line that is no longer needed taken away unless it has a comment,
+/// and new lines at the end. Rows that were skipped or never reached stay as they are, and so does
+/// all that is no entry. Throws BadUse as ReadBaseline, without the file.
+std::string Updated(const std::string& text, const std::vector<RowResult>& rows);
+
+}  // namespace diagnosis
