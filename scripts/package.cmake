@@ -12,7 +12,7 @@ endif()
 install(DIRECTORY baselines DESTINATION ${CMAKE_INSTALL_DATADIR}/${package})
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING
-  PATTERN "*.md" PATTERN "*.png")
+  PATTERN "*.md" PATTERN "*.png" PATTERN "*.yml")
 
 # Debian wants manual pages and the change log compressed, the same bytes each time.
 foreach(text IN ITEMS union_suite.1 union_triage.1 union_explore.1 changelog)
