@@ -5,10 +5,18 @@
 namespace exploration {
 namespace {
 
+/// With -cl-single-precision-constant a double is written as what a float can hold too.
 Node DrawLiteral(Drawing& drawing, TypeId type) {
   Node literal = {&literalConstruct, type, {}, {}};
   const Type& of = drawing.program.types[type];
-  for (int i = 0; i < of.count; ++i) literal.numbers.push_back(drawing.NewNumber(of.scalar));
+  for (int i = 0; i < of.count; ++i) {
+    if (of.scalar == Scalar::doubleType) {
+      literal.numbers.push_back((std::int64_t{0x4040} << 48) +
+                                (std::int64_t{drawing.random.Below(256)} << 45));
+    } else {
+      literal.numbers.push_back(drawing.NewNumber(of.scalar));
+    }
+  }
   return literal;
 }
 

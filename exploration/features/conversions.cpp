@@ -41,7 +41,7 @@ std::optional<Node> Draw(Drawing& drawing, TypeId type) {
     const std::optional<Node> leaf = drawing.KnownLeaf();
     if (!leaf || leaf->type == type) continue;
     if (drawing.program.types[leaf->type].count != drawing.program.types[type].count) continue;
-    const Node node = {&conversionConstruct, type, {*leaf}, {drawing.random.Below(2)}};
+    Node node = {&conversionConstruct, type, {*leaf}, {drawing.random.Below(2)}};
     if (drawing.IsKnown(node)) return node;
   }
   return std::nullopt;

@@ -181,10 +181,10 @@ std::optional<Node> Drawing::Derived(TypeId type) {
   for (const Feature* feature : features)
     if (feature->value != nullptr) able.push_back(feature);
   if (!able.empty() && random.Chance(60)) {
-    const std::optional<Node> value = random.OneOf(able)->value(*this, type);
+    std::optional<Node> value = random.OneOf(able)->value(*this, type);
     if (value && IsKnown(*value)) return value;
   }
-  const std::optional<Node> leaf = KnownLeaf();
+  std::optional<Node> leaf = KnownLeaf();
   if (leaf && leaf->type == type) return leaf;
   return std::nullopt;
 }
@@ -195,7 +195,7 @@ std::optional<Node> Drawing::Step(const Node& from) {
     if (feature->place != nullptr) able.push_back(feature);
   while (!able.empty()) {
     const auto chosen = able.begin() + random.Below(static_cast<int>(able.size()));
-    if (const std::optional<Node> place = (*chosen)->place(*this, from)) return place;
+    if (std::optional<Node> place = (*chosen)->place(*this, from)) return place;
     able.erase(chosen);
   }
   return std::nullopt;
@@ -271,7 +271,7 @@ void Drawing::AddOne() {
     if (feature->statement != nullptr) able.push_back(feature);
   // All others feed on what is stored.
   if (Has(membersFeature)) able.insert(able.end(), able.size() / 4 + 1, &membersFeature);
-  for (int attempt = 0; attempt < 4; ++attempt)
+  for (int attempt = 0; attempt < 4 && !able.empty(); ++attempt)
     if (Attempt(*random.OneOf(able))) return;
 }
 
