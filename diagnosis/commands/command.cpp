@@ -42,7 +42,8 @@ void TakeDevice(const CLI::App& app, const devices::Wanted& wanted) {
     if (option != nullptr && option->count() > 0) return;
   }
   const std::vector<devices::Listed> listed = devices::Ask();
-  devices::ShowAlone(listed[devices::IndexOf(wanted, listed)], LayerThatShowsOne());
+  const std::size_t index = devices::IndexOf(wanted, listed);
+  devices::ShowAlone(listed[index], LayerThatShowsOne());
 }
 
 // The options' functions are called in this order, when all words have been read.
