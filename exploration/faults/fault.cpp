@@ -13,8 +13,16 @@ namespace {
 // What says nothing where there is anything else to say.
 bool IsCommon(std::string_view feature) { return feature == "members"; }
 
-bool IsMemory(std::string_view feature) {
-  return feature.ends_with("-memory") || feature == "constant-data";
+/// Whether the one's features, of which there must be one that says something, are among the
+/// other's.
+bool AreAmong(const std::vector<std::string>& some, const std::vector<std::string>& all) {
+  bool isAny = false;
+  for (const std::string& feature : some) {
+    if (IsCommon(feature)) continue;
+    isAny = true;
+    if (std::find(all.begin(), all.end(), feature) == all.end()) return false;
+  }
+  return isAny;
 }
 
 /// FNV-1a.
@@ -38,7 +46,13 @@ std::string Slug(std::string_view text) {
 }  // namespace
 
 bool IsSame(const Fault& one, const Fault& other) {
-  return one.symptom == other.symptom && (one.symptom.isTold || one.features == other.features);
+  if (!(one.symptom == other.symptom)) return false;
+  return one.symptom.isTold || one.features == other.features ||
+         AreAmong(one.features, other.features) || AreAmong(other.features, one.features);
+}
+
+bool IsMemory(std::string_view feature) {
+  return feature.ends_with("-memory") || feature == "constant-data";
 }
 
 std::string TitleOf(const Symptom& symptom, const std::vector<std::string>& features) {

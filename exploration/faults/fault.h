@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "exploration/execution/outcome.h"
@@ -41,17 +42,22 @@ struct Fault {
   std::string name;   ///< Stable, for a folder: "wrong-answer-nested-unions-1f3a".
   std::string title;  ///< "wrong answer: ...", in the language's terms.
   Symptom symptom;
-  std::vector<std::string> features;  ///< Of the shrunken program.
-  Finding first;                      ///< What it was first found with, as it was drawn.
+  /// Of the shrunken program, but for the address spaces if it stays in another.
+  std::vector<std::string> features;
+  Finding first;  ///< What it was first found with, as it was drawn.
   Finding shrunken;
   bool isComplete = false;  ///< No step makes the shrunken program smaller.
   std::vector<Setting> settings;
   std::size_t findings = 1;  ///< How many belong to it.
 };
 
-/// Two are one fault if what is left has the same features and goes wrong in the same way. Where
-/// the compiler or driver itself says what went wrong, the same message is enough.
+/// Two are one fault if they go wrong in the same way and what is left of one has the features of
+/// the other, and perhaps more: shrinking may end where no single step makes less of it. Where the
+/// compiler or driver itself says what went wrong, the same message is enough.
 bool IsSame(const Fault& one, const Fault& other);
+
+/// Whether the feature is an address space.
+bool IsMemory(std::string_view feature);
 
 /// From the symptom and the features: what IsSame holds to be the same has the same.
 std::string TitleOf(const Symptom& symptom, const std::vector<std::string>& features);

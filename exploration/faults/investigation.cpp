@@ -24,6 +24,10 @@ class Investigation {
 
   Conclusion Conclude() {
     if (!GoesWrongAgain()) return {};
+    Fault found;
+    found.symptom = first;
+    const auto told = first.isTold ? Known(Explains, found) : std::nullopt;
+    if (told) return {Conclusion::Kind::knownFault, *told, {}};
     std::optional<Fault> fault = Described(Shrunken(finding.program, true));
     const auto explaining = fault ? Known(Explains, *fault) : std::nullopt;
     if (explaining) return {Conclusion::Kind::knownFault, *explaining, {}};
@@ -31,9 +35,9 @@ class Investigation {
     // What goes wrong only now and then may be lost on the way.
     if (!fault) fault = Described({{finding.program, finding.runnable}, 0, false});
     if (!fault) return {};
+    TrySettings(*fault);
     const auto same = Known(IsSame, *fault);
     if (same) return {Conclusion::Kind::knownFault, *same, {}};
-    TrySettings(*fault);
     return {Conclusion::Kind::newFault, 0, std::move(fault)};
   }
 
@@ -115,8 +119,6 @@ class Investigation {
     fault.symptom = SymptomOf(runnable, *shown);
     if (wanted == Kind::unsteady) fault.symptom = {wanted, "", false};
     fault.features = runnable.features;
-    fault.title = TitleOf(fault.symptom, fault.features);
-    fault.name = NameOf(fault.symptom, fault.features);
     fault.first = finding;
     fault.shrunken = {shrunk.smallest.program, runnable, *shown};
     fault.isComplete = shrunk.isComplete;
@@ -128,15 +130,10 @@ class Investigation {
   /// fault that has proved to be behind some such findings it is taken that it is behind the next,
   /// unless most of the features are others.
   static bool Explains(const Fault& fault, const Fault& finding) {
-    if (!(fault.symptom == finding.symptom)) return false;
-    if (fault.symptom.isTold) return true;
-    const auto has = [&finding](const std::string& feature) {
-      return std::find(finding.features.begin(), finding.features.end(), feature) !=
-             finding.features.end();
-    };
-    if (!std::all_of(fault.features.begin(), fault.features.end(), has)) return false;
+    if (!IsSame(fault, finding)) return false;
+    if (fault.symptom.isTold || fault.features.size() >= finding.features.size()) return true;
     const std::size_t others = finding.features.size() - fault.features.size();
-    return others == 0 || (fault.findings >= fullyShrunk && others <= fault.features.size());
+    return fault.findings >= fullyShrunk && others <= 2 * fault.features.size();
   }
 
   void TrySettings(Fault& fault) {
@@ -157,7 +154,12 @@ class Investigation {
                                  : outcome.kind == Kind::notRun       ? outcome.text
                                                                       : Told(outcome);
       fault.settings.push_back({variant.name, result});
+      if (variant.isMemory && outcome.kind == fault.symptom.kind)
+        std::erase_if(fault.features,
+                      [](const std::string& feature) { return feature.ends_with("-memory"); });
     }
+    fault.title = TitleOf(fault.symptom, fault.features);
+    fault.name = NameOf(fault.symptom, fault.features);
   }
 
   const Finding& finding;

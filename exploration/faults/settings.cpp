@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
+#include "exploration/features/basics.h"
 #include "exploration/features/places.h"
 #include "exploration/generator/generator.h"
 #include "exploration/program/check.h"
@@ -15,10 +17,32 @@
 namespace exploration {
 namespace {
 
-/// Every structure, union and array of them that has no other place to be.
+/// Stores into what lies in a structure, and into the first member of a union.
+void Fill(const Program& program, const Node& place, std::vector<Node>& statements) {
+  const Type& type = program.types[place.type];
+  if (type.IsLeaf()) {
+    const auto count = static_cast<std::size_t>(type.count);
+    statements.push_back(Assignment(
+        place, {&literalConstruct, place.type, {}, std::vector<std::int64_t>(count, 1)}));
+  }
+  const std::size_t members = type.kind == Type::Kind::unionType
+                                  ? std::min<std::size_t>(type.members.size(), 1)
+                                  : type.members.size();
+  for (std::size_t i = 0; i < members; ++i)
+    Fill(program, MemberOf(program, place, static_cast<int>(i)), statements);
+}
+
+/// What lies in shared memory is each work-item's own; what the host fills there, the program.
 Program InPrivateMemory(const Program& program) {
   Program moved = program;
+  std::vector<Node> statements;
   while (std::optional<Program> next = WithPrivateObject(moved, 0)) moved = std::move(*next);
+  for (const Buffer& buffer : program.buffers)
+    Fill(moved, NameOf(moved, buffer.variable), statements);
+  const auto isDeclaration = [](const Node& node) { return Is(node, "declaration"); };
+  std::vector<Node>& parts = moved.body.parts;
+  parts.insert(std::find_if_not(parts.begin(), parts.end(), isDeclaration), statements.begin(),
+               statements.end());
   return moved;
 }
 
@@ -28,7 +52,9 @@ Program MovedTo(const Program& program, Space space) {
   if (space == Space::privateSpace) return moved;
   for (std::size_t v = 0; v < moved.variables.size(); ++v) {
     Variable& variable = moved.variables[v];
-    if (variable.role != Variable::Role::object || !moved.types[variable.type].IsRecord()) continue;
+    if (variable.role != Variable::Role::object ||
+        moved.types[variable.type].kind == Type::Kind::pointer)
+      continue;
     const auto named = static_cast<std::int64_t>(v);
     const bool isLocal = space == Space::localSpace;
     variable.type = moved.types.ArrayOf(variable.type, isLocal ? moved.localSize : moved.Items());
@@ -123,9 +149,13 @@ Task TaskOf(const RunnableProgram& program, const InvestigationOptions& options)
 std::vector<Variant> VariantsOf(const Program& program, const InvestigationOptions& options) {
   Variants variants(options);
   AddBuilds(MakeRunnable(program), variants);
-  variants.Add("in private memory", program, MovedTo(program, Space::privateSpace));
-  variants.Add("in local memory", program, MovedTo(program, Space::localSpace));
-  variants.Add("in global memory", program, MovedTo(program, Space::globalSpace));
+  for (const auto& [space, name] : {std::pair(Space::privateSpace, "in private memory"),
+                                    std::pair(Space::localSpace, "in local memory"),
+                                    std::pair(Space::globalSpace, "in global memory")}) {
+    variants.Add(name, program, MovedTo(program, space));
+    if (!variants.all.empty() && variants.all.back().name == name)
+      variants.all.back().isMemory = true;
+  }
   for (const int from : WidthsOf(program))
     for (const int to : widths)
       if (to > 1 && to != from)

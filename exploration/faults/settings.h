@@ -11,7 +11,8 @@ namespace exploration {
 struct Variant {
   std::string name;
   Task task;
-  std::string cannot;  ///< Why it can't be tried; empty if it can.
+  std::string cannot;     ///< Why it can't be tried; empty if it can.
+  bool isMemory = false;  ///< The objects lie in another address space.
 };
 
 /// All that are worth trying on what a shrunken program is.

@@ -56,8 +56,9 @@ bool IsExtendedWrongly(const Bytes& expected, const Bytes& actual) {
         !std::equal(expected.begin(), expected.begin() + size, actual.begin()))
       continue;
     const auto isExtension = [](std::uint8_t byte) { return byte == 0 || byte == 0xFF; };
-    return std::all_of(actual.begin() + size, actual.end(), isExtension) &&
-           std::all_of(expected.begin() + size, expected.end(), isExtension);
+    if (std::all_of(actual.begin() + size, actual.end(), isExtension) &&
+        std::all_of(expected.begin() + size, expected.end(), isExtension))
+      return true;
   }
   return false;
 }

@@ -56,25 +56,52 @@ void Rename(Program& program, Node& body, std::vector<Node*> also) {
 
 }  // namespace
 
+namespace {
+
+/// A variable in place of each parameter, with the argument as its value or, as there may be none
+/// that can be copied, without.
+std::vector<Node> Variables(Program& program, const Function& function,
+                            std::vector<Node>& arguments, bool areAssigned) {
+  std::vector<Node> statements;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    Variable variable = program.variables[static_cast<std::size_t>(function.parameters.at(i))];
+    if (program.types[variable.type].kind == Type::Kind::pointer) continue;
+    const auto number = static_cast<std::int64_t>(program.variables.size());
+    variable.role = Variable::Role::object;
+    variable.name += "b";
+    program.variables.push_back(variable);
+    const Node name = NameOf(program, number);
+    statements.push_back({&declarationConstruct, noType, {}, {number}});
+    if (areAssigned) statements.push_back(AssignmentOf(program, name, arguments[i]));
+    arguments[i] = name;
+  }
+  return statements;
+}
+
+}  // namespace
+
 /// What a function does, in place of one call of it: its statements before the statement that
-/// calls, its result in place of the call.
+/// calls, its result in place of the call. The parameters are what was passed, or variables.
 std::optional<Program> WithoutFunction(const Program& program, std::size_t number) {
   Program left = program;
+  std::size_t call = number / 3;
   for (const StatementAt& at : StatementsOf(left)) {
-    Node* call = nullptr;
+    Node* found = nullptr;
     Visit(at.Statement(), [&](Node& node) {
-      if (Calls(node) && number-- == 0) call = &node;
+      if (Calls(node) && call-- == 0) found = &node;
     });
-    if (call == nullptr) continue;
-    const Function function = left.functions.at(static_cast<std::size_t>(call->numbers[0]));
-    const std::vector<Node> arguments = call->parts;
+    if (found == nullptr) continue;
+    const Function function = left.functions.at(static_cast<std::size_t>(found->numbers[0]));
+    std::vector<Node> arguments = found->parts;
+    std::vector<Node> before;
+    if (number % 3 != 0) before = Variables(left, function, arguments, number % 3 == 1);
     Node body = function.body;
     Substitute(body, function, arguments);
     std::vector<Node*> results;
     if (!function.result.empty()) {
-      *call = function.result[0];
-      Substitute(*call, function, arguments);
-      results.push_back(call);
+      *found = function.result[0];
+      Substitute(*found, function, arguments);
+      results.push_back(found);
     }
     Rename(left, body, results);
     RemoveDetours(body);
@@ -86,7 +113,8 @@ std::optional<Program> WithoutFunction(const Program& program, std::size_t numbe
     } else if (at.Statement().parts.size() == 2 && Is(at.Statement(), "call statement")) {
       at.Statement() = AssignmentOf(left, at.Statement().parts[0], at.Statement().parts[1]);
     }
-    parts.insert(begin, body.parts.begin(), body.parts.end());
+    begin = parts.insert(begin, body.parts.begin(), body.parts.end());
+    parts.insert(begin, before.begin(), before.end());
     return left;
   }
   return std::nullopt;

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <utility>
 
+#include "exploration/features/basics.h"
 #include "exploration/shrinking/edits.h"
 #include "exploration/shrinking/steps.h"
 
@@ -33,8 +35,29 @@ void Collapse(Program& program, TypeId outer, TypeId inner,
   Retype(program, to);
 }
 
+/// Takes it out of the type, with the initializers in braces of which it is one of several.
+Program WithoutMember(const Program& program, TypeId id, std::int64_t member) {
+  Program left = program;
+  std::vector<Member>& members = left.types.Own(id).members;
+  members.erase(members.begin() + static_cast<std::ptrdiff_t>(member));
+  Visit(left, [&](Node& node) {
+    if (IsMemberOf(node, id) && node.numbers[0] > member) --node.numbers[0];
+    if (!IsBracesOf(node, id)) return;
+    for (std::size_t i = node.numbers.size(); i-- > 0;) {
+      if (node.numbers[i] == member) {
+        node.numbers.erase(node.numbers.begin() + static_cast<std::ptrdiff_t>(i));
+        node.parts.erase(node.parts.begin() + static_cast<std::ptrdiff_t>(i));
+      } else if (node.numbers[i] > member) {
+        --node.numbers[i];
+      }
+    }
+  });
+  return left;
+}
+
 }  // namespace
 
+/// With whatever uses it.
 std::optional<Program> WithoutMember(const Program& program, std::size_t number) {
   for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
     const std::size_t count = program.types[id].members.size();
@@ -44,29 +67,55 @@ std::optional<Program> WithoutMember(const Program& program, std::size_t number)
     }
     Program left = program;
     const auto member = static_cast<std::int64_t>(number);
-    const auto isIt = [&](const Node& node) {
+    EraseUsersOf(left, [&](const Node& node) {
       return (IsMemberOf(node, id) || (IsBracesOf(node, id) && node.parts.size() == 1)) &&
              node.numbers[0] == member;
-    };
-    if (!EraseUsersOf(left, isIt)) return left;  // which refers to what is not there
-    std::vector<Member>& members = left.types.Own(id).members;
-    members.erase(members.begin() + static_cast<std::ptrdiff_t>(number));
-    Visit(left, [&](Node& node) {
-      if (IsMemberOf(node, id) && node.numbers[0] > member) --node.numbers[0];
-      if (!IsBracesOf(node, id)) return;
-      for (std::size_t i = node.numbers.size(); i-- > 0;) {
-        if (node.numbers[i] == member) {
-          node.numbers.erase(node.numbers.begin() + static_cast<std::ptrdiff_t>(i));
-          node.parts.erase(node.parts.begin() + static_cast<std::ptrdiff_t>(i));
-        } else if (node.numbers[i] > member) {
-          --node.numbers[i];
-        }
-      }
     });
-    return left;
+    return WithoutMember(left, id, member);
   }
   return std::nullopt;
 }
+
+/// An earlier one of the same type in its place.
+std::optional<Program> WithOneMember(const Program& program, std::size_t number) {
+  for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
+    const std::vector<Member>& members = program.types[id].members;
+    for (std::size_t member = 1; member < members.size(); ++member) {
+      for (std::size_t other = 0; other < member; ++other) {
+        if (members[other].type != members[member].type || number-- != 0) continue;
+        Program left = program;
+        Visit(left, [&](Node& node) {
+          const bool isOne =
+              IsMemberOf(node, id) || (IsBracesOf(node, id) && node.parts.size() == 1);
+          if (isOne && node.numbers[0] == static_cast<std::int64_t>(member))
+            node.numbers[0] = static_cast<std::int64_t>(other);
+        });
+        return WithoutMember(left, id, static_cast<std::int64_t>(member));
+      }
+    }
+  }
+  return std::nullopt;
+}
+
+namespace {
+
+/// Variables with initializers that are no structures or unions any more.
+void InitializeByAssignment(Program& program) {
+  const std::vector<StatementAt> statements = StatementsOf(program);
+  for (std::size_t i = statements.size(); i-- > 0;) {
+    const Node statement = statements[i].Statement();
+    if (!Is(statement, "initialized") || program.types[statement.parts[0].type].IsRecord())
+      continue;
+    std::vector<Node>& parts = statements[i].block->parts;
+    const std::int64_t variable = statement.numbers[0];
+    parts[statements[i].index] =
+        AssignmentOf(program, NameOf(program, variable), statement.parts[0]);
+    parts.insert(parts.begin() + static_cast<std::ptrdiff_t>(statements[i].index),
+                 {&declarationConstruct, noType, {}, {variable}});
+  }
+}
+
+}  // namespace
 
 /// A structure or union with one member is that member.
 std::optional<Program> WithoutRecord(const Program& program, std::size_t number) {
@@ -79,6 +128,7 @@ std::optional<Program> WithoutRecord(const Program& program, std::size_t number)
       if (Is(node, "whole union") || Is(node, "whole struct"))
         node = AssignmentOf(left, node.parts[0], node.parts[1]);
     });
+    InitializeByAssignment(left);
     return left;
   }
   return std::nullopt;
@@ -107,7 +157,9 @@ std::optional<Program> WithShorterArray(const Program& program, std::size_t numb
       continue;
     }
     Program left = program;
-    left.types.Own(id).count = number == 0 ? 1 : number == 1 ? (count + 1) / 2 : count - 1;
+    left.types.Own(id).count = number == 0   ? 1
+                               : number == 1 ? (count + 1) / 2
+                                             : std::max(count - 1, 1);
     return left;
   }
   return std::nullopt;

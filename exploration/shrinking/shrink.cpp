@@ -135,7 +135,10 @@ Shrunk Shrink(const Program& program, const StillWrong& stillWrong, const Shrink
 
 Size SizeOf(const Candidate& candidate) {
   Size size;
-  size.weight = WeightOf(candidate.program);
+  const Program& program = candidate.program;
+  size.weight = WeightOf(program) + 3 * (program.buffers.size() + program.constants.size());
+  for (const Function& function : program.functions)
+    size.weight += 5 + 2 * function.parameters.size();
   size.text = candidate.runnable.text.size();
   for (const RunnableBuffer& buffer : candidate.runnable.buffers)
     for (const std::uint8_t byte : buffer.bytes)

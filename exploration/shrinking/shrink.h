@@ -38,7 +38,7 @@ Shrunk Shrink(const Program& program, const StillWrong& stillWrong, const Shrink
 
 /// How large a program is: less is plainer, whatever it consists of.
 struct Size {
-  std::size_t weight = 0;  ///< Nodes, members, components, work-items.
+  std::size_t weight = 0;  ///< Nodes, members, parameters, work-items, and so on.
   std::size_t text = 0;    ///< Letters.
   std::size_t bits = 0;    ///< That are set in inputs and buffers.
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 
@@ -16,8 +17,8 @@ std::optional<Program> WithFewerItems(const Program& program, std::size_t number
                           {program.localSize, program.groups - 1}};
   if (number >= std::size(sizes)) return std::nullopt;
   Program left = program;
-  left.localSize = sizes[number][0];
-  left.groups = sizes[number][1];
+  left.localSize = std::max(sizes[number][0], 1);
+  left.groups = std::max(sizes[number][1], 1);
   return left;
 }
 
