@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -139,6 +140,8 @@ int Answer(const Program& program, int argc, char** argv) {
   OpenStandardStreams();
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   if (argc == 2 && arguments.front() == "worker") return program.worker();
+  // A file that may not grow is an error of writing, and no reason to be killed.
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     Call call;
     // The command in front stands in the project's root, from where the layers are named, and so
@@ -156,6 +159,8 @@ int Answer(const Program& program, int argc, char** argv) {
     return Ended(program, 2, refusal);
   } catch (const text::NothingToRunOn& refusal) {
     return Ended(program, 3, refusal);
+  } catch (const text::CannotWrite& error) {
+    return Ended(program, 4, error);
   } catch (const std::exception& error) {
     return Ended(program, 1, error);
   }
@@ -174,8 +179,8 @@ int Main(const Program& program, int argc, char** argv) noexcept {
 
 void Print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-    throw std::runtime_error("cannot write on standard output: " +
-                             std::string(std::strerror(errno)));
+    throw text::CannotWrite("cannot write on standard output: " +
+                            std::string(std::strerror(errno)));
 }
 
 }  // namespace command_line

@@ -30,7 +30,7 @@ struct Call {
 ///   const Command report = {"report", "Write a run as a page", AddTo, "triage report results"};
 ///
 /// What the callback throws is told in one line: text::BadUse ends with 2,
-/// text::NothingToRunOn with 3, any other exception with 1. What can be refused before a device is
+/// text::NothingToRunOn with 3, text::CannotWrite with 4, any other exception with 1. What can be refused before a device is
 /// looked for belongs into app.parse_complete_callback.
 struct Command {
   const char* name;
@@ -66,7 +66,7 @@ struct Program {
 /// TRIAGE_ONLY_CHECK that arguments are to be checked and nothing done.
 int Main(const Program& program, int argc, char** argv) noexcept;
 
-/// Writes on standard output. Throws std::runtime_error if it cannot be written.
+/// Writes on standard output. Throws text::CannotWrite.
 void Print(std::string_view text);
 
 }  // namespace command_line

@@ -2,50 +2,90 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <pugixml.hpp>
 #include <sstream>
 #include <string_view>
 
 #include "common/text/text.h"
 
-namespace diagnosis {
+namespace outputs {
 
 namespace {
 
-// What a row wrote may be of any size. records.jsonl has all of it.
+using Properties = std::vector<std::pair<std::string, std::string>>;
+
+// What a case wrote may be of any size.
 constexpr std::size_t mostBytes = 65536;
 
-void AppendOutput(pugi::xml_node node, const char* name, std::string_view output) {
-  if (output.empty()) return;
+std::string Cut(std::string_view output) {
   std::string text = text::Printable(output.substr(0, mostBytes));
   if (output.size() > mostBytes)
-    text += fmt::format("\n... and {} bytes more, which are in records.jsonl\n",
-                        output.size() - mostBytes);
-  node.append_child(name).text().set(text.c_str());
+    text += fmt::format("\n... and {} bytes more\n", output.size() - mostBytes);
+  return text;
+}
+
+void AppendOutput(pugi::xml_node node, const char* name, std::string_view output) {
+  if (!output.empty()) node.append_child(name).text().set(Cut(output).c_str());
 }
 
 // The element that says of a case that it did not simply pass.
-const char* ElementOf(const AccountedRow& row) {
-  if (row.status == Status::pass) return nullptr;
-  if (row.asExpected) return "skipped";
-  const bool isFailure = row.status == Status::fail || row.status == Status::unexpectedPass ||
-                         row.status == Status::flake;
+const char* ElementOf(const Case& one) {
+  if (one.kind == Kind::passed && one.asExpected) return nullptr;
+  if (one.asExpected) return "skipped";
+  const bool isFailure =
+      one.kind == Kind::passed || one.kind == Kind::failed || one.kind == Kind::noted;
   return isFailure ? "failure" : "error";
 }
 
-struct Counts {
-  int tests = 0;
-  int failures = 0;
-  int errors = 0;
-  int skipped = 0;
-  double seconds = 0;
-};
-
 void Set(pugi::xml_node node, const char* name, const std::string& value) {
-  pugi::xml_attribute attribute = node.attribute(name);
-  if (!attribute) attribute = node.append_attribute(name);
-  attribute.set_value(value.c_str());
+  node.append_attribute(name).set_value(value.c_str());
 }
+
+void AppendProperties(pugi::xml_node node, const Properties& properties) {
+  if (properties.empty()) return;
+  pugi::xml_node list = node.append_child("properties");
+  for (const auto& [name, value] : properties) {
+    pugi::xml_node property = list.append_child("property");
+    Set(property, "name", text::Printable(name));
+    Set(property, "value", text::PrintableLine(value, 2000));
+  }
+}
+
+void AppendCase(pugi::xml_node suite, const Case& one, const std::string& classPrefix) {
+  pugi::xml_node test = suite.append_child("testcase");
+  Set(test, "name", one.name);
+  Set(test, "classname", classPrefix + "." + one.group);
+  Set(test, "time", fmt::format("{:.3f}", one.seconds));
+  AppendProperties(test, one.properties);
+  if (const char* element = ElementOf(one)) {
+    pugi::xml_node cause = test.append_child(element);
+    Set(cause, "type", one.status);
+    Set(cause, "message", text::PrintableLine(one.line, 1000));
+    const std::string& body = one.cause.empty() ? one.line : one.cause;
+    if (!body.empty()) cause.text().set(Cut(body).c_str());
+  }
+  AppendOutput(test, "system-out", one.remark.empty() ? one.out : one.remark + "\n" + one.out);
+  AppendOutput(test, "system-err", one.err);
+}
+
+struct Counts {
+  std::size_t tests = 0;
+  std::size_t failures = 0;
+  std::size_t errors = 0;
+  std::size_t skipped = 0;
+  double seconds = 0;
+
+  void Add(const Case& one) {
+    ++tests;
+    seconds += one.seconds;
+    const char* element = ElementOf(one);
+    const std::string_view name = element == nullptr ? "" : element;
+    if (name == "failure") ++failures;
+    if (name == "error") ++errors;
+    if (name == "skipped") ++skipped;
+  }
+};
 
 void SetCounts(pugi::xml_node node, const Counts& counts) {
   Set(node, "tests", std::to_string(counts.tests));
@@ -57,72 +97,36 @@ void SetCounts(pugi::xml_node node, const Counts& counts) {
 
 }  // namespace
 
-struct JUnit::Tree {
+std::string JUnitOf(const SuiteInfo& info, const std::vector<Case>& cases) {
   pugi::xml_document document;
-  pugi::xml_node root;
-};
-
-JUnit::JUnit() : tree_(std::make_unique<Tree>()) {
-  pugi::xml_node declaration = tree_->document.append_child(pugi::node_declaration);
-  declaration.append_attribute("version") = "1.0";
-  declaration.append_attribute("encoding") = "UTF-8";
-  tree_->root = tree_->document.append_child("testsuites");
-  tree_->root.append_attribute("name") = "union conformance suite";
-}
-
-JUnit::~JUnit() = default;
-
-void JUnit::Put(const Record& record, const AccountedRow& row) {
-  const std::string operation = row.name.substr(0, row.name.find('_'));
-  pugi::xml_node suite = tree_->root.find_child_by_attribute("name", operation.c_str());
-  if (!suite) {
-    suite = tree_->root.append_child("testsuite");
-    suite.append_attribute("name") = operation.c_str();
-  }
-  pugi::xml_node test = suite.find_child_by_attribute("name", row.name.c_str());
-  if (!test) test = suite.append_child("testcase");
-  test.remove_children();
-  Set(test, "name", row.name);
-  Set(test, "classname", "union_suite." + operation);
-  Set(test, "time", fmt::format("{:.3f}", row.seconds));
-  if (const char* element = ElementOf(row)) {
-    pugi::xml_node cause = test.append_child(element);
-    cause.append_attribute("type") = std::string(NameOf(row.status)).c_str();
-    cause.append_attribute("message") = row.detail.c_str();
-    if (row.status == Status::buildError)
-      cause.text().set(
-          text::Printable(std::string_view(record.buildLog).substr(0, mostBytes)).c_str());
-  }
-  AppendOutput(test, "system-out", record.out);
-  AppendOutput(
-      test, "system-err",
-      record.driver.empty() ? record.err : record.err + "What the driver wrote:\n" + record.driver);
-}
-
-std::string JUnit::Text(const RunInfo& info) {
+  pugi::xml_node declaration = document.append_child(pugi::node_declaration);
+  Set(declaration, "version", "1.0");
+  Set(declaration, "encoding", "UTF-8");
+  pugi::xml_node root = document.append_child("testsuites");
+  Set(root, "name", info.name);
   Counts all;
-  for (pugi::xml_node suite : tree_->root.children()) {
+  std::vector<std::string_view> groups;
+  for (const Case& one : cases) {
+    all.Add(one);
+    if (std::ranges::find(groups, one.group) == groups.end()) groups.push_back(one.group);
+  }
+  SetCounts(root, all);
+  for (const std::string_view group : groups) {
+    pugi::xml_node suite = root.append_child("testsuite");
+    Set(suite, "name", std::string(group));
     Counts counts;
-    for (const pugi::xml_node test : suite.children()) {
-      ++counts.tests;
-      if (!test.child("failure").empty()) ++counts.failures;
-      if (!test.child("error").empty()) ++counts.errors;
-      if (!test.child("skipped").empty()) ++counts.skipped;
-      counts.seconds += test.attribute("time").as_double();
-    }
+    for (const Case& one : cases)
+      if (one.group == group) counts.Add(one);
     SetCounts(suite, counts);
     Set(suite, "timestamp", info.start.substr(0, info.start.find('Z')));
-    Set(suite, "hostname", text::Printable(info.host));
-    all.tests += counts.tests;
-    all.failures += counts.failures;
-    all.errors += counts.errors;
-    all.skipped += counts.skipped;
-    all.seconds += counts.seconds;
+    Set(suite, "hostname", text::PrintableLine(info.host));
+    AppendProperties(suite, info.properties);
+    for (const Case& one : cases)
+      if (one.group == group) AppendCase(suite, one, info.classPrefix);
   }
-  SetCounts(tree_->root, all);
   std::ostringstream text;
-  tree_->document.save(text, " ", pugi::format_default, pugi::encoding_utf8);
+  document.save(text, " ", pugi::format_default, pugi::encoding_utf8);
   return std::move(text).str();
 }
 
-}  // namespace diagnosis
+}  // namespace outputs

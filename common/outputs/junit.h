@@ -1,32 +1,25 @@
 #pragma once
 
-#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "diagnosis/record/record.h"
-#include "diagnosis/verdict/account.h"
+#include "common/outputs/case.h"
 
-namespace diagnosis {
+namespace outputs {
 
-/// A run in the form that CI servers read: a suite an operation, a case a row. The cause of what
-/// did not pass stands in `type`, its line in `message`; what is as expected of it counts as
-/// skipped.
-class JUnit {
- public:
-  JUnit();
-  JUnit(const JUnit&) = delete;
-  JUnit& operator=(const JUnit&) = delete;
-  ~JUnit();
-
-  /// Adds the row, or puts it in place of what is there of it.
-  void Put(const Record& record, const AccountedRow& row);
-
-  /// XML 1.0 in UTF-8, whatever the rows and the driver wrote.
-  std::string Text(const RunInfo& info);
-
- private:
-  struct Tree;
-  std::unique_ptr<Tree> tree_;
+/// What is true of all the cases.
+struct SuiteInfo {
+  std::string name;         // "union conformance suite"
+  std::string classPrefix;  // of each case's class, before a point and its group
+  std::string start;        // UTC, ISO 8601
+  std::string host;         // its name in the network
+  std::vector<std::pair<std::string, std::string>> properties;
 };
 
-}  // namespace diagnosis
+/// A run in the form that CI servers read: a suite a group. The cause of what did not pass stands
+/// in `type`, its line in `message`; what is as expected of it counts as skipped. XML 1.0 in UTF-8,
+/// whatever the texts hold.
+std::string JUnitOf(const SuiteInfo& info, const std::vector<Case>& cases);
+
+}  // namespace outputs

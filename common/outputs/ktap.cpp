@@ -7,7 +7,7 @@
 #include "common/outputs/reporter.h"
 #include "common/text/text.h"
 
-namespace diagnosis {
+namespace outputs {
 
 namespace {
 
@@ -18,74 +18,73 @@ std::string WithoutDirective(std::string_view text) {
   return line;
 }
 
-std::string DirectiveOf(const AccountedRow& row) {
-  switch (row.status) {
-    case Status::pass:
-    case Status::fail:
+std::string DirectiveOf(const Case& one) {
+  switch (one.kind) {
+    case Kind::passed:
+    case Kind::failed:
       return "";
-    case Status::skip:
-      return " # SKIP " + WithoutDirective(row.detail);
-    case Status::expectedFail:
+    case Kind::skipped:
+      return " # SKIP " + WithoutDirective(one.line);
+    case Kind::knownFailure:
       return " # XFAIL";
-    case Status::timeout:
+    case Kind::timedOut:
       return " # TIMEOUT";
-    case Status::flake:
-    case Status::unexpectedPass:
-      return fmt::format(" # {}", NameOf(row.status));
-    default:
-      return fmt::format(" # {} {}", row.asExpected ? "XFAIL" : "ERROR", NameOf(row.status));
+    case Kind::noted:
+      return fmt::format(" # {}", one.status);
+    case Kind::error:
+    case Kind::notReached:
+      break;
   }
+  return fmt::format(" # {} {}", one.asExpected ? "XFAIL" : "ERROR", one.status);
 }
 
 class Ktap : public Reporter {
  public:
   explicit Ktap(Console console) : console_(std::move(console)) {}
 
-  void Begin(const Device& device, std::size_t selected) override {
+  void Begin(const Plan& plan) override {
     std::string lines = "KTAP version 1\n";
-    if (!device.platform.empty() || !device.name.empty())
-      lines += fmt::format("# {} on {}, driver version {}\n", text::PrintableLine(device.name),
-                           text::PrintableLine(device.platform),
-                           text::PrintableLine(device.driverVersion));
-    console_.write(lines + fmt::format("1..{}\n", selected));
+    if (!plan.heading.empty()) lines += fmt::format("# {}\n", plan.heading);
+    console_.write(lines + fmt::format("1..{}\n", plan.cases));
   }
 
   void Started(const std::string&) override {}
 
-  void Ended(const AccountedRow& row, bool runAgain) override {
+  void Ended(const Case& one, bool runAgain) override {
     if (runAgain) return;
     std::string lines;
-    if (!row.detail.empty() && row.status != Status::skip)
-      lines = fmt::format("# {}: {}: {}\n", row.name, NameOf(row.status), row.detail);
-    lines += fmt::format("{} {} {}{}\n", row.asExpected ? "ok" : "not ok", ++number_, row.name,
-                         DirectiveOf(row));
+    if (!one.line.empty() && one.kind != Kind::skipped)
+      lines = fmt::format("# {}: {}: {}\n", one.name, one.status, one.line);
+    if (!one.remark.empty()) lines += fmt::format("# {}: {}\n", one.name, one.remark);
+    lines += fmt::format("{} {} {}{}\n", one.asExpected ? "ok" : "not ok", ++total_, one.name,
+                         DirectiveOf(one));
+    if (one.asExpected) ++(one.kind == Kind::skipped ? skipped_ : passed_);
     console_.write(lines);
   }
 
-  void End(const std::vector<AccountedRow>& account, const std::string& remarks) override {
+  void End(const Summary& summary) override {
     std::string lines;
-    for (std::string_view rest = remarks; !rest.empty();) {
+    for (std::string_view rest = summary.remarks; !rest.empty();) {
       const std::string_view line = rest.substr(0, rest.find('\n'));
       if (!line.empty()) lines += fmt::format("# {}\n", line);
       rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     }
-    const auto passed = std::ranges::count(account, true, &AccountedRow::asExpected);
-    const auto skips = std::ranges::count(account, Status::skip, &AccountedRow::status);
-    console_.write(lines + fmt::format("# Totals: pass:{} fail:{} skip:{} total:{}\n",
-                                       passed - skips,
-                                       static_cast<std::ptrdiff_t>(account.size()) - passed, skips,
-                                       account.size()));
+    console_.write(lines + fmt::format("# {}\n# Totals: pass:{} fail:{} skip:{} total:{}\n",
+                                       summary.result, passed_, total_ - passed_ - skipped_,
+                                       skipped_, total_));
   }
 
  private:
   Console console_;
-  std::size_t number_ = 0;
+  std::size_t passed_ = 0;
+  std::size_t skipped_ = 0;
+  std::size_t total_ = 0;
 };
 
 }  // namespace
 
-std::unique_ptr<Reporter> ReporterInKtap(const Console& console) {
+std::unique_ptr<Reporter> KtapReporter(const Console& console) {
   return std::make_unique<Ktap>(console);
 }
 
-}  // namespace diagnosis
+}  // namespace outputs

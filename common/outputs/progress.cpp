@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "common/outputs/reporter.h"
 #include "common/text/text.h"
 
-namespace diagnosis {
+namespace outputs {
 
 namespace {
 
@@ -19,9 +21,9 @@ constexpr std::string_view red = "31";
 constexpr std::string_view yellow = "33";
 constexpr std::string_view green = "32";
 
-std::string_view ColourOf(const AccountedRow& row) {
-  if (!row.asExpected) return red;
-  return row.status == Status::pass ? green : yellow;
+std::string_view ColourOf(const Case& one) {
+  if (!one.asExpected) return red;
+  return one.kind == Kind::passed && one.remark.empty() ? green : yellow;
 }
 
 // "8 s", "2 min 5 s".
@@ -31,58 +33,56 @@ std::string Duration(double seconds) {
                     : fmt::format("{} min {} s", whole / 60, whole % 60);
 }
 
-class People : public Reporter {
+class Progress : public Reporter {
  public:
-  explicit People(Console console) : console_(std::move(console)) {}
+  explicit Progress(Console console) : console_(std::move(console)) {}
 
-  void Begin(const Device& device, std::size_t selected) override {
-    selected_ = selected;
+  void Begin(const Plan& plan) override {
+    plan_ = plan;
+    runs_ = std::max(plan.cases, plan.runs);
     start_ = lastLine_ = console_.clock();
-    if (device.platform.empty() && device.name.empty()) return;  // none was seen
-    console_.write(fmt::format("{} on {}, driver version {}\n", text::PrintableLine(device.name),
-                               text::PrintableLine(device.platform),
-                               text::PrintableLine(device.driverVersion)));
+    if (!plan.heading.empty()) console_.write(plan.heading + "\n");
   }
 
-  void Started(const std::string& row) override {
-    running_.push_back(row);
+  void Started(const std::string& name) override {
+    running_.push_back(name);
     ShowProgress();
   }
 
-  void Ended(const AccountedRow& row, bool runAgain) override {
-    const bool isSecondRun = std::erase(toRunAgain_, row.name) > 0;
-    std::erase(running_, row.name);
-    if (!isSecondRun) ++done_;
-    if (!isSecondRun && !row.asExpected) ++failed_;
-    if (isSecondRun && row.asExpected) --failed_;
-    if (runAgain) toRunAgain_.push_back(row.name);
-    if (row.status == Status::missing) ++unreached_[row.detail];
-    // What a second run confirmed has been said, and rows that were not reached are told together.
-    const bool isNews = isSecondRun ? row.status == Status::flake : !row.asExpected;
-    if (isNews && row.status != Status::missing) {
-      Clear();
-      console_.write(fmt::format("{} {}{}{}\n",
-                                 Coloured(fmt::format("{:<14}", NameOf(row.status)), ColourOf(row)),
-                                 row.name, row.detail.empty() ? "" : ": ", row.detail));
+  void Ended(const Case& one, bool runAgain) override {
+    const auto running = std::ranges::find(running_, one.name);
+    if (running != running_.end()) running_.erase(running);
+    if (done_ < runs_) ++done_;
+    if (one.asExpected) {
+      failed_.erase(one.name);
+    } else {
+      failed_.insert(one.name);
+    }
+    if (runAgain) {
+      toRunAgain_.insert(one.name);
+    } else {
+      toRunAgain_.erase(one.name);
+    }
+    if (one.kind == Kind::notReached) {
+      ++unreached_[{one.status, one.line}];
+    } else if (one.isNews && !(runAgain && one.kind == Kind::noted)) {
+      // What is noted may have another line after the next run.
+      Tell(one);
     }
     ShowProgress();
   }
 
   void Tick() override { ShowProgress(); }
 
-  void End(const std::vector<AccountedRow>& account, const std::string& remarks) override {
+  void End(const Summary& summary) override {
     Clear();
-    for (const auto& [reason, rows] : unreached_)
-      console_.write(fmt::format("{} {} row{} not reached: {}\n",
-                                 Coloured(fmt::format("{:<14}", NameOf(Status::missing)), red),
-                                 rows, rows == 1 ? "" : "s", reason));
-    const bool good = std::ranges::all_of(account, &AccountedRow::asExpected);
-    std::string text = TextOf(account, selected_);
-    // The last line is the sentence that it comes to.
-    const std::size_t sentence = text.rfind('\n', text.size() - 2) + 1;
-    const std::string result = text.substr(sentence, text.size() - 1 - sentence);
-    text.resize(sentence);
-    console_.write(fmt::format("\n{}{}\n{}", text, Coloured(result, good ? green : red), remarks));
+    for (const auto& [reason, cases] : unreached_)
+      console_.write(fmt::format("{} {} not reached: {}\n",
+                                 Coloured(fmt::format("{:<14}", reason.first), red),
+                                 text::Counted(cases, plan_.noun), reason.second));
+    console_.write(fmt::format("\n{}\n{}\n{}", summary.table,
+                               Coloured(summary.result, summary.isGood ? green : red),
+                               summary.remarks));
   }
 
  private:
@@ -90,13 +90,26 @@ class People : public Reporter {
     return console_.colour ? fmt::format("\x1B[{}m{}\x1B[0m", colour, text) : text;
   }
 
-  std::string Progress(double now) const {
-    std::string line = fmt::format("{} of {} rows done, {} failed", done_, selected_, failed_);
-    if (done_ > 0 && done_ < selected_)
+  // What another run confirmed has been said.
+  void Tell(const Case& one) {
+    std::string& told = told_[one.name];
+    if (told == one.status) return;
+    told = one.status;
+    Clear();
+    const std::string& words = one.line.empty() ? one.remark : one.line;
+    console_.write(fmt::format("{} {}{}{}\n",
+                               Coloured(fmt::format("{:<14}", one.status), ColourOf(one)), one.name,
+                               words.empty() ? "" : ": ", words));
+  }
+
+  std::string Line(double now) const {
+    std::string line = fmt::format("{} of {} {}s done, {} failed", done_, runs_,
+                                   plan_.runs > 0 ? "run" : plan_.noun, failed_.size());
+    if (done_ > 0 && done_ < runs_)
       line += fmt::format(", about {} left",
-                          Duration((now - start_) * static_cast<double>(selected_ - done_) /
+                          Duration((now - start_) * static_cast<double>(runs_ - done_) /
                                    static_cast<double>(done_)));
-    if (done_ == selected_ && !toRunAgain_.empty())
+    if (done_ == runs_ && !toRunAgain_.empty())
       line += fmt::format(", {} to be run once more", toRunAgain_.size());
     if (!running_.empty()) line += "; now " + running_.front();
     return line;
@@ -105,11 +118,11 @@ class People : public Reporter {
   void ShowProgress() {
     const double now = console_.clock();
     if (console_.isTerminal) {
-      console_.write(fmt::format("\r{:.{}}\x1B[K", Progress(now), console_.columns - 1));
+      console_.write(fmt::format("\r{:.{}}\x1B[K", Line(now), console_.columns - 1));
       isDrawn_ = true;
     } else if (now - lastLine_ >= secondsBetweenLines) {
       lastLine_ = now;
-      console_.write(Progress(now) + "\n");
+      console_.write(Line(now) + "\n");
     }
   }
 
@@ -118,12 +131,14 @@ class People : public Reporter {
   }
 
   Console console_;
-  std::size_t selected_ = 0;
+  Plan plan_;
+  std::size_t runs_ = 0;
   std::size_t done_ = 0;
-  std::size_t failed_ = 0;
-  std::map<std::string, std::size_t> unreached_;  // by reason
+  std::set<std::string> failed_;
+  std::map<std::pair<std::string, std::string>, std::size_t> unreached_;  // by status and line
+  std::map<std::string, std::string> told_;  // the status, by the case's name
   std::vector<std::string> running_;
-  std::vector<std::string> toRunAgain_;
+  std::set<std::string> toRunAgain_;
   double start_ = 0;
   double lastLine_ = 0;
   bool isDrawn_ = false;
@@ -131,8 +146,8 @@ class People : public Reporter {
 
 }  // namespace
 
-std::unique_ptr<Reporter> ReporterForPeople(const Console& console) {
-  return std::make_unique<People>(console);
+std::unique_ptr<Reporter> ProgressReporter(const Console& console) {
+  return std::make_unique<Progress>(console);
 }
 
-}  // namespace diagnosis
+}  // namespace outputs

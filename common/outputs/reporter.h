@@ -4,12 +4,26 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
-#include "diagnosis/record/record.h"
-#include "diagnosis/verdict/account.h"
+#include "common/outputs/case.h"
 
-namespace diagnosis {
+namespace outputs {
+
+/// What is to be run.
+struct Plan {
+  std::string heading;       // a line without its end; empty for none
+  std::string noun = "row";  // what a case is called
+  std::size_t cases = 0;
+  std::size_t runs = 0;  // of all of them, where a case is run more often than once
+};
+
+/// What a run came to.
+struct Summary {
+  std::string table;    // lines
+  std::string result;   // the sentence that it comes to, without a line end
+  bool isGood = false;  // whether that is what was hoped for
+  std::string remarks;  // lines
+};
 
 /// What standard output says of a run while it lasts. One is for people and one for test labs.
 class Reporter {
@@ -19,15 +33,15 @@ class Reporter {
   Reporter& operator=(const Reporter&) = delete;
   virtual ~Reporter() = default;
 
-  /// The device, before any row, and how many rows are selected.
-  virtual void Begin(const Device& device, std::size_t selected) = 0;
-  virtual void Started(const std::string& row) = 0;
-  /// A row ended. If it is to be run again its account may still change, and comes once more.
-  virtual void Ended(const AccountedRow& row, bool runAgain) = 0;
+  /// Before any case.
+  virtual void Begin(const Plan& plan) = 0;
+  virtual void Started(const std::string& name) = 0;
+  /// A case ended. If it is to be run again what became of it may still change, and comes once
+  /// more.
+  virtual void Ended(const Case& one, bool runAgain) = 0;
   /// From time to time.
   virtual void Tick() {}
-  /// The whole account, in the order of the matrix, and what else there is to say of the run.
-  virtual void End(const std::vector<AccountedRow>& account, const std::string& remarks) = 0;
+  virtual void End(const Summary& summary) = 0;
 };
 
 /// Where a reporter writes, and how.
@@ -39,10 +53,10 @@ struct Console {
   bool colour = false;
 };
 
-/// Lines for a person: how far the run is, each row that did not end as expected, the ledger.
-std::unique_ptr<Reporter> ReporterForPeople(const Console& console);
+/// Lines for a person: how far the run is, each case that is news, the summary.
+std::unique_ptr<Reporter> ProgressReporter(const Console& console);
 
-/// KTAP, version 1. A row's line comes when its account is final.
-std::unique_ptr<Reporter> ReporterInKtap(const Console& console);
+/// KTAP, version 1. A case's line comes when what became of it is final.
+std::unique_ptr<Reporter> KtapReporter(const Console& console);
 
-}  // namespace diagnosis
+}  // namespace outputs

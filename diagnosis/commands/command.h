@@ -19,6 +19,7 @@ namespace diagnosis {
   DO(compare)        \
   DO(explain)        \
   DO(list)           \
+  DO(merge)          \
   DO(report)         \
   DO(reproduce)      \
   DO(run)            \

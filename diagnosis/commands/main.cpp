@@ -35,7 +35,9 @@ std::vector<command_line::Section> Sections() {
        "  1  one did not, or passed against the baseline; compare: a row is worse in the second "
        "run\n"
        "  2  bad use, or a bad file\n"
-       "  3  there is no GPU device, or the loader has not taken a layer of OPENCL_LAYERS\n",
+       "  3  there is no GPU device, or the loader has not taken a layer of OPENCL_LAYERS\n"
+       "  4  something could not be written\n"
+       "  128 and the number of the signal that ended a run\n",
        true},
       {"ENVIRONMENT",
        "The OpenCL loader takes the driver from OCL_ICD_VENDORS and layers from OPENCL_LAYERS.\n"

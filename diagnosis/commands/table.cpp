@@ -22,23 +22,11 @@ struct Options {
   RowsOptions pool;
 };
 
-std::string_view NameOf(Opinion::Verdict verdict) {
-  switch (verdict) {
-    case Opinion::Verdict::right:
-      return "right";
-    case Opinion::Verdict::wrong:
-      return "wrong";
-    case Opinion::Verdict::unseen:
-      break;
-  }
-  return "unseen";
-}
-
 void TabulateRows(const Options& options) {
   const std::vector<std::size_t> selected = Select(options.patterns);
   const bool all = options.patterns.empty() && !options.folder.empty();
   const Run run = RunOf(all ? std::vector<std::size_t>() : selected, options.folder, options.pool);
-  const Analysis analysis = AnalysisOf(run, {});
+  const Analysis analysis = AnalysisOf(run, ExpectationsOf(run.info));
   std::string text = "test,status,opinion,wrong,lanes,ulps,suspects\n";
   for (const std::size_t number : selected) {
     const RowResult* row = analysis.Find(rows[number].name);
@@ -48,7 +36,7 @@ void TabulateRows(const Options& options) {
     for (const NamedSuspect& suspect : analysis.suspects.Of(row->record->row))
       suspects.emplace_back(suspect.name);
     fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{}\n", row->record->row,
-                   NameOf(row->status), NameOf(opinion.verdict), opinion.wrong.size(),
+                   NameOf(row->verdict), NameOf(opinion.verdict), opinion.wrong.size(),
                    opinion.lanes, opinion.greatestUlps, fmt::join(suspects, " "));
   }
   command_line::Print(text);

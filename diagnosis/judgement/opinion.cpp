@@ -20,6 +20,11 @@ std::optional<std::uint64_t> Distance(float answer, float right) {
 
 }  // namespace
 
+std::string_view NameOf(Opinion::Verdict verdict) {
+  constexpr std::string_view names[] = {"right", "wrong", "unseen"};
+  return names[static_cast<std::size_t>(verdict)];
+}
+
 bool IsSeen(const Row& row, const Repetition& repetition) {
   const std::size_t size = row.stride * elementsOfRow;
   return repetition.inputA.size() >= size && (!row.twoInputs || repetition.inputB.size() >= size) &&

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "diagnosis/judgement/arithmetic.h"
@@ -30,6 +31,9 @@ struct Opinion {
   std::vector<WrongLane> wrong;    // in the order of repetition, element, lane
   std::uint64_t greatestUlps = 0;  // of all lanes judged, the right ones too
 };
+
+/// "right", "wrong", "unseen"
+std::string_view NameOf(Opinion::Verdict verdict);
 
 /// Whether all that the row takes went to the device in that repetition and its result came back.
 bool IsSeen(const Row& row, const Repetition& repetition);

@@ -1,6 +1,7 @@
 #include "diagnosis/localization/analysis.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace diagnosis {
 
@@ -11,10 +12,15 @@ const RowResult* Analysis::Find(std::string_view row) const {
 }
 
 Analysis AnalysisOf(const Run& run, const Expectations& expectations) {
-  Analysis analysis{&run, {}, {}, {}};
-  analysis.rows.reserve(run.records.size());
+  std::vector<RowResult> rows;
+  rows.reserve(run.records.size());
   for (const Record& record : run.records)
-    analysis.rows.push_back(ResultOf(record, run.info.device, expectations));
+    rows.push_back(ResultOf(record, run.info.device, expectations));
+  return AnalysisOf(run, std::move(rows), expectations.strict);
+}
+
+Analysis AnalysisOf(const Run& run, std::vector<RowResult> rows, bool isStrict) {
+  Analysis analysis{&run, std::move(rows), {}, {}, isStrict};
   analysis.totals = TotalsOf(analysis.rows);
   analysis.suspects = SuspectsOf(analysis.rows, run.info.device);
   return analysis;

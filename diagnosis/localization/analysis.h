@@ -16,12 +16,16 @@ struct Analysis {
   std::vector<RowResult> rows;  // one for each record, in the order of the run
   Totals totals;
   Suspects suspects;
+  bool isStrict = false;  // whether the second opinion judged
 
   /// The row of that name, or null.
   const RowResult* Find(std::string_view row) const;
 };
 
 Analysis AnalysisOf(const Run& run, const Expectations& expectations);
+
+/// The same where `rows` are known already, one for each record in their order.
+Analysis AnalysisOf(const Run& run, std::vector<RowResult> rows, bool isStrict);
 
 /// What the run itself says was expected of it.
 Expectations ExpectationsOf(const RunInfo& info);

@@ -27,7 +27,7 @@ std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
   std::vector<Overall> all;
   std::map<std::string, std::size_t> places;
   RowSet explained;
-  Suspect nothing{unexplained, "No suspect predicts the answers.", {}, {}};
+  Suspect nothing{unexplained, "No suspect predicts the answers.", {}, {}, 0};
   for (std::size_t number = 0; number < questions.size(); ++number) {
     const Question& question = questions[number];
     if (question.candidates.empty()) nothing.rows.push_back(question.Name());
@@ -35,7 +35,7 @@ std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
       const auto [place, isNew] = places.try_emplace(candidate.name, all.size());
       if (isNew)
         all.push_back(
-            {{candidate.name, candidate.sentence, {}, {}}, {}, candidate.rank, candidate.place});
+            {{candidate.name, candidate.sentence, {}, {}, 0}, {}, candidate.rank, candidate.place});
       all[place->second].suspect.rows.push_back(question.Name());
       all[place->second].rows.set(number);
       explained.set(number);
@@ -63,7 +63,12 @@ std::vector<Suspect> Fewest(const std::vector<Question>& questions) {
   std::vector<RowSet> sets;
   sets.reserve(useful.size());
   for (const Overall& overall : useful) sets.push_back(overall.rows);
-  for (const std::size_t n : FewestOf(sets, explained)) fewest.push_back(useful[n].suspect);
+  for (const std::size_t n : FewestOf(sets, explained)) {
+    fewest.push_back(useful[n].suspect);
+    fewest.back().counted = (sets[n] & explained).count();
+    explained &= ~sets[n];
+  }
+  nothing.counted = nothing.rows.size();
   if (!nothing.rows.empty()) fewest.push_back(std::move(nothing));
   return fewest;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
@@ -21,6 +22,7 @@ struct Suspect {
   std::string meaning;  // one sentence
   std::vector<std::string> rows;
   std::vector<std::string> alike;  // others that explain the same rows: the data can't tell
+  std::size_t counted = 0;         // of the rows, those that none of the fewest before it explains
 };
 
 /// A suspect of one row.

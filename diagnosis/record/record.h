@@ -86,7 +86,7 @@ struct Record {
   double seconds = 0;
   double buildSeconds = 0;  // in clBuildProgram
 
-  std::vector<Record> again;  // later runs of the same row on the same data, each complete
+  std::vector<Record> again;  // later runs of the same row on the same data; each a line of its own
 };
 
 /// What is true of a whole run.
@@ -100,7 +100,6 @@ struct RunInfo {
   std::string start;                            // UTC, ISO 8601
   std::string end;                              // empty if the run was cut off
   std::vector<std::string> selected;            // rows, in the order of the matrix
-  std::vector<std::string> running;             // those that were being run when this was written
 };
 
 struct Run {

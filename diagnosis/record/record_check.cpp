@@ -54,13 +54,6 @@ std::string FaultIn(const Record& record) {
   const auto isTime = [](double seconds) { return std::isfinite(seconds) && seconds >= 0; };
   if (!isTime(record.seconds)) return "seconds is no length of time";
   if (!isTime(record.buildSeconds)) return "buildSeconds is no length of time";
-  for (std::size_t i = 0; i < record.again.size(); ++i) {
-    const Record& again = record.again[i];
-    if (again.row != record.row) return fmt::format("again[{}].row is another row", i);
-    if (!again.again.empty()) return fmt::format("again[{}].again is not empty", i);
-    if (const std::string fault = FaultIn(again); !fault.empty())
-      return fmt::format("again[{}].{}", i, fault);
-  }
   return "";
 }
 

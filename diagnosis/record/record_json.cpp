@@ -85,7 +85,6 @@ void Members(auto& io, Is<Record> auto& record) {
   io("ending", record.ending);
   io("seconds", record.seconds);
   io("buildSeconds", record.buildSeconds);
-  io("again", record.again);
 }
 
 void Members(auto& io, Is<RunInfo> auto& info) {
@@ -98,7 +97,6 @@ void Members(auto& io, Is<RunInfo> auto& info) {
   io("host", info.host);
   io("device", info.device);
   io("selected", info.selected);
-  io("running", info.running);
 }
 
 struct Writer {
@@ -206,7 +204,6 @@ struct Reader {
       if (!json.is_array()) throw Damage(" is not a list");
       for (std::size_t i = 0; i < json.size(); ++i) {
         try {
-          if constexpr (std::same_as<Value, std::vector<Record>>) RefuseNested(json[i]);
           Read(json[i], value.emplace_back());
         } catch (const Damage& damage) {
           throw damage.Within(fmt::format("[{}]", i));
@@ -217,12 +214,6 @@ struct Reader {
       Reader reader{json};
       Members(reader, value);
     }
-  }
-
-  // A row that is run again is so once: there is one level and no depth.
-  static void RefuseNested(const Json& record) {
-    if (record.is_object() && record.contains("again") && !record["again"].empty())
-      throw Damage(".again is not empty");
   }
 
   template <class Value>

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <istream>
@@ -46,11 +47,14 @@ Lines ReadLines(std::istream& file, const std::string& path) {
     };
     try {
       Record record = RecordFromJson(line);
-      const auto [first, isFirst] =
-          lines.records.try_emplace(record.row, number, std::move(record));
-      if (!isFirst)
-        name(fmt::format("line {} is of the same row, {}", first->second.first,
-                         text::PrintableLine(first->first)));
+      const auto [place, isFirst] = lines.records.try_emplace(record.row, number, Record());
+      Record& first = place->second.second;
+      // A row has a line for each of its runs; one that was not reached tells nothing.
+      if (isFirst || first.ending.kind == Ending::Kind::notRun) {
+        first = std::move(record);
+      } else if (record.ending.kind != Ending::Kind::notRun) {
+        first.again.push_back(std::move(record));
+      }
     } catch (const std::runtime_error& damage) {
       // That which was being written when the run was cut off.
       name(isCutOff ? fmt::format("the line is cut off: {}", damage.what()) : damage.what());
@@ -60,15 +64,22 @@ Lines ReadLines(std::istream& file, const std::string& path) {
   return lines;
 }
 
-Record NotReached(const RunInfo& info, const std::string& row, bool isDamaged) {
+Record NotReached(const std::string& row, const char* reason) {
   Record record;
   record.row = row;
-  const bool isRunning = std::ranges::find(info.running, row) != info.running.end();
-  record.ending.reason = isRunning          ? "the run was cut off in mid-row"
-                         : info.end.empty() ? "the run was cut off"
-                         : isDamaged        ? "its record is damaged"
-                                            : "its record is missing";
+  record.ending.reason = reason;
   return record;
+}
+
+/// How many rows were under way at a time, which are the first of those without a record: rows are
+/// begun in their order.
+std::size_t JobsOf(const RunInfo& info) {
+  const auto isSet = [&info](const char* name) {
+    const auto found = info.options.find(name);
+    return found != info.options.end() && !found->second.empty();
+  };
+  if (isSet("shuffle") || !isSet("jobs")) return 0;
+  return std::strtoul(info.options.at("jobs").c_str(), nullptr, 10);
 }
 
 /// The rows of which there are records, in the order of the matrix, and others behind them.
@@ -113,10 +124,16 @@ Run ReadRun(std::string_view info, std::istream& records, const std::string& fol
   std::ranges::move(lines.damages, std::back_inserter(run.damages));
   if (run.info.selected.empty()) run.info.selected = RowsOf(lines);
   DropTwice(run.info.selected, infoPath, run.damages);
+  std::size_t underWay = run.info.end.empty() ? JobsOf(run.info) : 0;
   for (const std::string& row : run.info.selected) {
     const auto found = lines.records.find(row);
     if (found == lines.records.end()) {
-      run.records.push_back(NotReached(run.info, row, !run.damages.empty()));
+      const char* reason = !run.info.end.empty() ? (run.damages.empty() ? "its record is missing"
+                                                                        : "its record is damaged")
+                           : underWay > 0        ? "the run was cut off, most likely in this row"
+                                                 : "the run was cut off";
+      if (underWay > 0) --underWay;
+      run.records.push_back(NotReached(row, reason));
     } else {
       run.records.push_back(std::move(found->second.second));
       lines.records.erase(found);

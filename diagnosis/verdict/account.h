@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -8,23 +7,15 @@
 
 namespace diagnosis {
 
-/// A row in the account of a run.
-struct AccountedRow {
-  std::string name;
-  Status status = Status::missing;
-  bool asExpected = false;
-  std::string detail;  // one line
-  double seconds = 0;
-  double buildSeconds = 0;
-};
+/// The ledger of a run as a person reads it: rows by operation and verdict, and the five slowest.
+/// Lines, with their ends.
+std::string LedgerOf(const std::vector<RowResult>& rows);
 
-AccountedRow AccountOf(const RowResult& row);
+/// What a run comes to, in one sentence that is the same wherever it stands: "All 210 rows
+/// passed.", "2 of 6 rows did not pass; incomplete: 4 of 6 rows."
+std::string SentenceOf(const Totals& totals);
 
-/// The ledger of a run as a person reads it: rows by operation and status, the five slowest, and in
-/// a sentence what it comes to. `selected` rows were to be accounted for.
-std::string TextOf(const std::vector<AccountedRow>& account, std::size_t selected);
-
-/// Whether each of the selected rows is in the account exactly once.
-bool AddsUp(const std::vector<AccountedRow>& account, const std::vector<std::string>& selected);
+/// "97 of 210 rows" of a run that did not reach all; else nothing.
+std::string Incomplete(const Totals& totals);
 
 }  // namespace diagnosis

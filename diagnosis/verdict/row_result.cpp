@@ -2,6 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <string_view>
+
+#include "common/text/text.h"
+
 namespace diagnosis {
 
 namespace {
@@ -11,47 +18,98 @@ Status ExpectedOf(const std::string& row, const Baseline& baseline) {
   return entry == baseline.end() ? Status::pass : entry->second;
 }
 
-/// What counts of one run of a row.
-Status JudgedBy(bool strict, Status status, Opinion::Verdict opinion) {
-  const bool answered = status == Status::pass || status == Status::fail;
-  if (!strict || !answered || opinion == Opinion::Verdict::unseen) return status;
-  return opinion == Opinion::Verdict::right ? Status::pass : Status::fail;
+bool Overrules(Status status, Opinion::Verdict opinion) {
+  return (status == Status::pass && opinion == Opinion::Verdict::wrong) ||
+         (status == Status::fail && opinion == Opinion::Verdict::right);
 }
 
-}  // namespace
+// The lanes' bytes: what else is in a union nobody wrote.
+std::uint64_t AnswerOf(const Record& record, Status status) {
+  std::string answer(1, static_cast<char>(status));
+  const std::optional<Row> row = RowNamed(record.row);
+  for (const Repetition& repetition : record.repetitions) {
+    const Bytes& result = repetition.result;
+    answer += result.empty() ? '-' : '+';
+    if (!row) continue;
+    const std::size_t size = static_cast<std::size_t>(row->lanes) * sizeof(float);
+    for (std::size_t at = 0; at + size <= result.size() && at < row->stride * elementsOfRow;
+         at += row->stride)
+      answer.append(reinterpret_cast<const char*>(&result[at]), size);
+  }
+  return std::hash<std::string>()(answer);
+}
 
-RowResult ResultOf(const Record& record, const Device& device, const Expectations& expectations) {
-  RowResult row;
-  row.record = &record;
-  row.status = StatusOf(record);
-  row.opinion = OpinionOf(record, device);
-  row.expected = ExpectedOf(record.row, expectations.baseline);
-  row.detail = DetailOf(record);
+std::string WrongIn(const Opinion& opinion) {
+  return fmt::format("wrong by OpenCL's rules in {} of {} lanes", opinion.wrong.size(),
+                     opinion.lanes);
+}
 
-  const Status ended = JudgedBy(expectations.strict, row.status, row.opinion.verdict);
-  // A second run that was not reached tells nothing.
-  const Record* again = record.again.empty() ? nullptr : &record.again.back();
-  if (again != nullptr && StatusOf(*again) == Status::missing) again = nullptr;
-  const Status statusAgain = again == nullptr ? row.status : StatusOf(*again);
-  const Status last = again == nullptr ? ended
-                                       : JudgedBy(expectations.strict, statusAgain,
-                                                  OpinionOf(*again, device).verdict);
-  const bool isFlake = last != ended;
-  row.category =
-      statusAgain == row.status ? CategoryOf(row.status, row.opinion.verdict) : Category::flake;
+Judged JudgedOf(const Record& record, const Opinion& opinion, bool strict) {
+  const Status status = StatusOf(record);
+  Judged run{status, status, DetailOf(record), AnswerOf(record, status)};
+  if (strict && Overrules(status, opinion.verdict)) {
+    run.verdict = status == Status::pass ? Status::fail : Status::pass;
+    run.detail =
+        status == Status::pass ? WrongIn(opinion) + ", though the suite passed it" : std::string();
+  }
+  return run;
+}
+
+// How who does not judge sees the first run.
+std::string RemarkOn(const RowResult& row) {
+  if (!Overrules(row.status, row.opinion.verdict)) return "";
+  if (row.runs.front().verdict != Status::pass) return "";
+  if (row.status == Status::pass) return WrongIn(row.opinion) + ", though the suite passed it";
+  return fmt::format("right by OpenCL's rules, though the suite failed it: {}",
+                     DetailOf(*row.record));
+}
+
+bool Differ(const std::vector<Judged>& runs, Status Judged::*by) {
+  const Status first = runs.front().*by;
+  const auto isOther = [&](const Judged& run) { return run.*by != first; };
+  const auto answersOther = [&](const Judged& run) { return run.answer != runs.front().answer; };
+  return std::ranges::any_of(runs, isOther) ||
+         (first == Status::pass && std::ranges::any_of(runs, answersOther));
+}
+
+// "3 of 20 wrong, two different answers"; nothing of runs that all came to the same.
+std::string CountsOf(const std::vector<Judged>& runs) {
+  std::set<std::uint64_t> answers;
+  for (const Judged& run : runs) answers.insert(run.answer);
+  if (answers.size() < 2) return "";
+  const auto isWrong = [](const Judged& run) { return run.verdict != Status::pass; };
+  constexpr std::string_view words[] = {"two", "three", "four",  "five",
+                                        "six", "seven", "eight", "nine"};
+  const std::size_t count = answers.size();
+  return fmt::format("{} of {} wrong, {} different answers", std::ranges::count_if(runs, isWrong),
+                     runs.size(),
+                     count < 10 ? std::string(words[count - 2]) : std::to_string(count));
+}
+
+// Says what the runs come to, against what was expected.
+void Settle(RowResult& row, const Expectations& expectations) {
+  const Judged& first = row.runs.front();
+  const Status ended = first.verdict;
+  const bool isFlake = Differ(row.runs, &Judged::verdict);
+  row.category = Differ(row.runs, &Judged::status) ? Category::flake
+                                                   : CategoryOf(row.status, row.opinion.verdict);
+
+  const auto bad =
+      std::ranges::find_if(row.runs, [](const Judged& run) { return run.verdict != Status::pass; });
+  row.detail = (bad == row.runs.end() ? first : *bad).detail;
+  if (const std::string counts = CountsOf(row.runs); !counts.empty())
+    row.detail = counts + (row.detail.empty() ? "" : ": " + row.detail);
 
   row.verdict = ended;
   row.asExpected = ended == row.expected || ended == Status::skip;
   const bool isResult = row.expected != Status::skip && row.expected != Status::missing;
   if (row.expected == Status::flake) {
     row.asExpected = ended != Status::missing;
-    if (ended != Status::pass && row.asExpected && ended != Status::skip)
-      row.verdict = Status::flake;
+    const bool isBad = ended != Status::pass && row.asExpected && ended != Status::skip;
+    if (isFlake || isBad) row.verdict = Status::flake;
   } else if (isFlake) {
     row.verdict = Status::flake;
     row.asExpected = !expectations.flakesFail;
-    row.detail = fmt::format("{}, then {}: {}", NameOf(ended), NameOf(last),
-                             row.detail.empty() ? DetailOf(*again) : row.detail);
   } else if (ended == Status::fail && row.asExpected) {
     row.verdict = Status::expectedFail;
   } else if (ended == Status::pass && !isResult) {
@@ -62,7 +120,34 @@ RowResult ResultOf(const Record& record, const Device& device, const Expectation
   } else if (!row.asExpected && row.expected != Status::pass && isResult) {
     row.detail += fmt::format(" (expected {})", NameOf(row.expected));
   }
+  row.remark = row.verdict == Status::flake ? "" : RemarkOn(row);
+  row.isNews = !row.asExpected || !row.remark.empty() ||
+               (row.verdict == Status::flake && row.expected != Status::flake);
+}
+
+}  // namespace
+
+RowResult ResultOf(const Record& record, const Device& device, const Expectations& expectations) {
+  RowResult row;
+  row.record = &record;
+  row.status = StatusOf(record);
+  row.opinion = OpinionOf(record, device);
+  row.expected = ExpectedOf(record.row, expectations.baseline);
+  row.runs.push_back(JudgedOf(record, row.opinion, expectations.strict));
+  for (const Record& again : record.again) {
+    // A run that was not reached tells nothing.
+    if (StatusOf(again) != Status::missing)
+      row.runs.push_back(JudgedOf(again, OpinionOf(again, device), expectations.strict));
+  }
+  Settle(row, expectations);
   return row;
+}
+
+void TakeLastRun(RowResult& row, const Device& device, const Expectations& expectations) {
+  const Record& last = row.record->again.back();
+  if (StatusOf(last) == Status::missing) return;
+  row.runs.push_back(JudgedOf(last, OpinionOf(last, device), expectations.strict));
+  Settle(row, expectations);
 }
 
 Status ToExpect(Status verdict) {
@@ -75,6 +160,7 @@ Totals TotalsOf(const std::vector<RowResult>& rows) {
   Totals totals;
   for (const RowResult& row : rows) {
     ++totals.rows;
+    if (row.record->ending.kind != Ending::Kind::notRun) ++totals.reached;
     if (row.asExpected) ++totals.asExpected;
     ++totals.byVerdict.at(static_cast<std::size_t>(row.verdict));
     ++totals.byCategory.at(static_cast<std::size_t>(row.category));

@@ -39,11 +39,6 @@ Json FloatOf(float value) {
   return json;
 }
 
-std::string_view NameOf(Opinion::Verdict verdict) {
-  constexpr std::string_view names[] = {"right", "wrong", "unseen"};
-  return names[static_cast<std::size_t>(verdict)];
-}
-
 Json JsonOfOpinion(const Opinion& opinion) {
   return {{"verdict", NameOf(opinion.verdict)},
           {"wrong lanes", opinion.wrong.size()},

@@ -91,8 +91,9 @@ std::string SummaryOf(const RowResult& outcome) {
     if (opinion.greatestUlps > 0)
       text += fmt::format(", {} {}", opinion.greatestUlps,
                           opinion.greatestUlps == 1 ? "ulp" : "ulps at most");
-  } else if (const std::string detail = DetailOf(*outcome.record); !detail.empty()) {
-    text += ": " + detail;
+  } else {
+    const std::string detail = status == Status::flake ? outcome.detail : DetailOf(*outcome.record);
+    if (!detail.empty()) text += ": " + detail;
   }
   return text;
 }

@@ -1,20 +1,30 @@
 #include "diagnosis/views/end_of_run.h"
 
+#include "diagnosis/verdict/account.h"
 #include "diagnosis/views/draws_of_run.h"
 #include "diagnosis/views/lost_of_run.h"
 #include "diagnosis/views/opinion_of_run.h"
-#include "diagnosis/views/report.h"
 
 namespace diagnosis {
 
-const std::vector<EndOfRunView>& EndOfRunViews() {
-  static const std::vector<EndOfRunView> views = {
-      [](const Analysis& analysis, const std::string&) { return OpinionOnRun(analysis); },
-      [](const Analysis& analysis, const std::string&) { return DrawsOfRun(*analysis.run); },
-      [](const Analysis& analysis, const std::string&) { return LostOfRun(*analysis.run); },
-      WriteReportOf,
-  };
-  return views;
+namespace {
+
+// What there is to say of a run beside its ledger, in this order, line ends included.
+constexpr std::string (*remarks[])(const Analysis&) = {
+    OpinionOnRun,
+    [](const Analysis& analysis) { return DrawsOfRun(*analysis.run); },
+    [](const Analysis& analysis) { return LostOfRun(*analysis.run); },
+};
+
+}  // namespace
+
+outputs::Summary EndOfRun(const Analysis& analysis) {
+  outputs::Summary summary;
+  summary.table = LedgerOf(analysis.rows);
+  summary.result = SentenceOf(analysis.totals);
+  summary.isGood = analysis.totals.asExpected == analysis.totals.rows;
+  for (const auto remark : remarks) summary.remarks += remark(analysis);
+  return summary;
 }
 
 }  // namespace diagnosis

@@ -3,18 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
-#include <system_error>
 
 #include "diagnosis/views/draws_of_run.h"
 #include "diagnosis/views/report_parts.h"
 
 namespace diagnosis {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -22,14 +15,16 @@ namespace {
 constexpr const Section* allSections[] = {SECTIONS(TAKE)};
 #undef TAKE
 
-std::string TitleOf(const std::vector<NamedRun>& runs) {
-  if (runs.size() > 1) return Counted(runs.size(), "run") + " side by side";
-  const std::string name = text::PrintableLine(runs.front().run.info.device.name);
+constexpr char suite[] = "Union conformance suite";
+constexpr char footer[] = "union conformance";
+
+std::string TitleOf(const Run& run) {
+  const std::string name = text::PrintableLine(run.info.device.name);
   return name.empty() ? "A device without a name" : name;
 }
 
-void AddRun(page::Page& page, const Run& run) {
-  const Analysis analysis = AnalysisOf(run, ExpectationsOf(run.info));
+void AddRun(page::Page& page, const Analysis& analysis) {
+  const Run& run = *analysis.run;
   const pugi::xml_node header = page.Header();
   AddClassed(header, "p", "verdict", VerdictOn(analysis));
   if (const std::string draws = DrawsOfRun(run); !draws.empty())
@@ -69,37 +64,20 @@ std::string IdOfRow(std::string_view row) { return fmt::format("row-{}", row); }
 
 std::string IdOfSuspect(std::string_view suspect) { return fmt::format("suspect-{}", suspect); }
 
-std::string ReportOf(const std::vector<NamedRun>& runs) {
-  page::Page page("Union conformance suite", TitleOf(runs), "union conformance");
-  if (runs.size() == 1) {
-    AddRun(page, runs.front().run);
-  } else {
-    AddComparison(page, runs);
-  }
+std::string ReportOf(const Analysis& analysis) {
+  page::Page page(suite, TitleOf(*analysis.run), footer);
+  AddRun(page, analysis);
   return page.Html();
 }
 
-std::string WriteReportOf(const Analysis& analysis, const std::string& folder) {
-  if (folder.empty()) return "";
-  // One copy of all the records, where a list in braces would take two.
-  std::vector<NamedRun> runs(1);
-  runs.front().name = folder;
-  runs.front().run = *analysis.run;
-  WriteReport(folder + "/report.html", ReportOf(runs));
-  return "";
-}
-
-void WriteReport(const std::string& file, const std::string& page) {
-  // A device or a pipe is written to; a file is replaced in one step.
-  std::error_code ignored;
-  const bool isOther = fs::exists(file, ignored) && !fs::is_regular_file(file, ignored);
-  const std::string part = isOther ? file : file + ".part";
-  std::ofstream out(part, std::ios::binary | std::ios::trunc);
-  out << page << std::flush;
-  out.close();
-  if (out && (isOther || std::rename(part.c_str(), file.c_str()) == 0)) return;
-  if (!isOther) fs::remove(part, ignored);
-  throw std::runtime_error(fmt::format("cannot write '{}'", file));
+std::string ReportOf(const std::vector<NamedRun>& runs) {
+  if (runs.size() == 1) {
+    const Run& run = runs.front().run;
+    return ReportOf(AnalysisOf(run, ExpectationsOf(run.info)));
+  }
+  page::Page page(suite, Counted(runs.size(), "run") + " side by side", footer);
+  AddComparison(page, runs);
+  return page.Html();
 }
 
 }  // namespace diagnosis

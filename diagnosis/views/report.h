@@ -13,13 +13,10 @@ namespace diagnosis {
 /// room is left out, and the page says so.
 inline constexpr std::size_t mostBytesOfPage = std::size_t{8} << 20;
 
-/// The page of one run, or of several side by side: HTML that needs nothing else.
+/// The page of a run: HTML that needs nothing else.
+std::string ReportOf(const Analysis& analysis);
+
+/// The page of one run, or of several side by side.
 std::string ReportOf(const std::vector<NamedRun>& runs);
-
-/// Writes the page of a whole run beside its records, if those were written into a folder.
-std::string WriteReportOf(const Analysis& analysis, const std::string& folder);
-
-/// Writes the page in place of what was there. Throws std::runtime_error with one line.
-void WriteReport(const std::string& file, const std::string& page);
 
 }  // namespace diagnosis

@@ -36,7 +36,7 @@ void AddSuspects(pugi::xml_node section, const Analysis& analysis) {
     const std::vector<Term> terms = TermsOf(suspect.name);
     const pugi::xml_node name = Add(Add(line, "h3"), "code", suspect.name);
     if (!terms.empty()) Set(name, "title", terms.front().cause);
-    AddClassed(line, "span", "note", Counted(suspect.rows.size(), "row"));
+    AddClassed(line, "span", "note", Counted(suspect.counted, "row"));
     Add(article, "p", suspect.meaning);
     if (!terms.empty()) AddTerms(article, terms);
     if (!suspect.alike.empty()) {

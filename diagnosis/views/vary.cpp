@@ -36,11 +36,6 @@ constexpr BuiltIn builtIn[] = {
 
 bool IsGood(const RowResult& seen) { return seen.category == Category::passedRight; }
 
-std::string_view NameOf(Opinion::Verdict verdict) {
-  constexpr std::string_view names[] = {"right", "wrong", "unseen"};
-  return names[static_cast<std::size_t>(verdict)];
-}
-
 // What a driver's maker asks first: does it go away?
 std::string VerdictOn(const std::vector<Variation>& variations,
                       const std::vector<RowResult>& seen) {

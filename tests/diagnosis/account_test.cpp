@@ -17,7 +17,7 @@ namespace {
 TEST(Account, HoldsARowAgainstItsBaseline) {
   struct {
     std::optional<Status> expected;
-    std::vector<Status> ends;  // of the first run, and of the second if there was one
+    std::vector<Status> ends;  // of the first run, and of the others if there were any
     Status status;
     bool asExpected;
     const char* detail;
@@ -42,22 +42,32 @@ TEST(Account, HoldsARowAgainstItsBaseline) {
        {Status::fail, Status::pass},
        Status::flake,
        true,
-       "Fail, then Pass: c:1 ocl:2 in repetition 1"},
+       "1 of 2 wrong, two different answers: c:1 ocl:2 in repetition 1"},
       {Status::fail,
        {Status::pass, Status::fail},
        Status::flake,
        true,
-       "Pass, then Fail: c:1 ocl:2 in repetition 1"},
+       "1 of 2 wrong, two different answers: c:1 ocl:2 in repetition 1"},
       {{},
        {Status::crash, Status::fail},
        Status::flake,
        true,
-       "Crash, then Fail: SIGSEGV before the first repetition"},
+       "2 of 2 wrong, two different answers: SIGSEGV before the first repetition"},
+      {{},
+       {Status::pass, Status::fail, Status::missing, Status::timeout, Status::pass},
+       Status::flake,
+       true,
+       "2 of 4 wrong, three different answers: c:1 ocl:2 in repetition 1"},
       {{}, {Status::fail, Status::fail}, Status::fail, false, "c:1 ocl:2 in repetition 1"},
       {{}, {Status::fail, Status::missing}, Status::fail, false, "c:1 ocl:2 in repetition 1"},
       // A known flake.
       {Status::flake, {Status::pass}, Status::pass, true, ""},
       {Status::flake, {Status::fail}, Status::flake, true, "c:1 ocl:2 in repetition 1"},
+      {Status::flake,
+       {Status::pass, Status::fail},
+       Status::flake,
+       true,
+       "1 of 2 wrong, two different answers: c:1 ocl:2 in repetition 1"},
       {Status::flake, {Status::missing}, Status::missing, false, "interrupted"},
       // No results, and nothing passes against them.
       {Status::missing, {Status::pass}, Status::pass, true, ""},
@@ -67,7 +77,8 @@ TEST(Account, HoldsARowAgainstItsBaseline) {
   };
   for (const auto& c : cases) {
     Record record = MadeUp("add_union_scalar_1", c.ends.front());
-    if (c.ends.size() > 1) record.again = {MadeUp("add_union_scalar_1", c.ends.back())};
+    for (std::size_t i = 1; i < c.ends.size(); ++i)
+      record.again.push_back(MadeUp("add_union_scalar_1", c.ends[i]));
     Baseline baseline;
     if (c.expected) baseline["add_union_scalar_1"] = *c.expected;
     std::string what = "expected " + std::string(c.expected ? NameOf(*c.expected) : "nothing");
@@ -90,16 +101,40 @@ TEST(Account, HoldsARowAgainstItsBaseline) {
   }
 }
 
-TEST(Account, AddsUpOnlyIfEachRowIsThereOnce) {
-  const auto account = [](const std::vector<std::string>& names) {
-    std::vector<AccountedRow> rows;
-    for (const std::string& name : names) rows.emplace_back().name = name;
-    return rows;
+// Rows of one operation, so many of each verdict, against a baseline that expects what is named.
+TEST(Account, SaysInOneSentenceWhatARunComesTo) {
+  struct {
+    std::vector<std::pair<Status, std::optional<Status>>> rows;  // how it ended, what was expected
+    const char* sentence;
+  } const cases[] = {
+      {{{Status::pass, {}}}, "The row passed."},
+      {{{Status::pass, {}}, {Status::pass, {}}}, "Both rows passed."},
+      {{{Status::pass, {}}, {Status::pass, {}}, {Status::pass, {}}}, "All 3 rows passed."},
+      {{{Status::fail, {}}}, "The row did not pass."},
+      {{{Status::fail, {}}, {Status::skip, {}}}, "1 of 2 rows did not pass."},
+      {{{Status::pass, {}}, {Status::skip, {}}}, "Both rows ended as expected."},
+      {{{Status::pass, Status::fail}}, "The row did not end as expected: it passed."},
+      {{{Status::pass, Status::fail}, {Status::pass, {}}, {Status::pass, Status::crash}},
+       "2 of 3 rows did not end as expected (2 passed)."},
+      {{{Status::fail, Status::fail}, {Status::crash, {}}}, "1 of 2 rows did not end as expected."},
+      {{{Status::fail, Status::fail}, {Status::fail, Status::flake}, {Status::pass, {}}},
+       "All 3 rows ended as expected, but for 1 flake."},
+      {{{Status::missing, {}}, {Status::pass, {}}, {Status::missing, {}}},
+       "2 of 3 rows did not pass; incomplete: 1 of 3 rows."},
+      {{{Status::missing, Status::missing}}, "The row ended as expected; incomplete: 0 of 1 row."},
   };
-  EXPECT_TRUE(AddsUp(account({"b", "a"}), {"a", "b"}));
-  EXPECT_FALSE(AddsUp(account({"a"}), {"a", "b"}));
-  EXPECT_FALSE(AddsUp(account({"a", "a"}), {"a", "b"}));
-  EXPECT_FALSE(AddsUp(account({"a", "b", "b"}), {"a", "b"}));
+  for (const auto& c : cases) {
+    std::vector<Record> records;
+    Baseline baseline;
+    for (const auto& [status, expected] : c.rows) {
+      const std::string name = "add_union_scalar_" + std::to_string(records.size() + 1);
+      records.push_back(MadeUp(name, status));
+      if (expected) baseline[name] = *expected;
+    }
+    std::vector<RowResult> results;
+    for (const Record& record : records) results.push_back(ResultOf(record, {}, {baseline}));
+    EXPECT_EQ(SentenceOf(TotalsOf(results)), c.sentence);
+  }
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "diagnosis/verdict/row_result.h"
 #include "tests/diagnosis/made_up_device.h"
@@ -58,6 +60,44 @@ TEST(Category, IsOfTheSuitesVerdictAndTheSecondOpinions) {
     EXPECT_EQ(judged.asExpected, c.strict == Status::pass);
     strict.baseline[record.row] = Status::fail;
     EXPECT_EQ(NameOf(ResultOf(record, device, strict).verdict), NameOf(c.strictAgainst));
+  }
+}
+
+// A row that passes with other answers is one that a reader should know of; what lies behind the
+// lanes is nobody's answer.
+TEST(Category, OfARowThatIsRunManyTimesHoldsTheAnswersAgainstEachOther) {
+  const MadeUpDevice device("copy_union_vector3_1");
+  const Record right = device.Run();
+  const struct {
+    std::size_t byte;  // of the result, that differs in the second of three runs
+    int value;         // that each run returned
+    Category category;
+    Status verdict;
+    const char* detail;
+  } cases[] = {
+      {2, 1, Category::flake, Status::flake, "0 of 3 wrong, two different answers"},
+      {13, 1, Category::passedRight, Status::pass, ""},
+      {2, 0, Category::failedRight, Status::fail,
+       "3 of 3 wrong, two different answers: the row returned 0 without a mismatch line"},
+  };
+  for (const auto& c : cases) {
+    Record record = right;
+    record.ending.value = c.value;
+    Record other = record;
+    other.repetitions.front().result.at(c.byte) ^= 1U;
+    record.again = {other, record};
+    RowResult row = ResultOf(record, device.reported, {});
+    EXPECT_STREQ(TraitsOf(row.category).name, TraitsOf(c.category).name);
+    EXPECT_EQ(NameOf(row.verdict), NameOf(c.verdict));
+    EXPECT_EQ(row.detail, c.detail);
+    // Run by run it comes to the same.
+    std::vector<Record> runs = std::exchange(record.again, {});
+    row = ResultOf(record, device.reported, {});
+    for (Record& run : runs) {
+      record.again.push_back(std::move(run));
+      TakeLastRun(row, device.reported, {});
+    }
+    EXPECT_EQ(row.detail, c.detail);
   }
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "common/text/text.h"
+#include "diagnosis/views/cases.h"
 #include "made_up_records.h"
 
 namespace diagnosis {
@@ -42,23 +43,23 @@ TEST(JUnit, KeepsTheCauseOfWhatDidNotPass) {
       {"copy_union_scalar_3", Status::expectedFail, "skipped", "c:1 ocl:2 in repetition 1"},
       {"copy_union_scalar_4", Status::unexpectedPass, "failure", "expected Fail"},
       {"copy_union_scalar_5", Status::flake, "skipped",
-       "Pass, then Fail: c:1 ocl:2 in repetition 1"},
+       "1 of 2 wrong, two different answers: c:1 ocl:2 in repetition 1"},
   };
   const Baseline baseline = {{"copy_union_scalar_3", Status::fail},
                              {"copy_union_scalar_4", Status::fail}};
-  JUnit junit;
+  std::vector<outputs::Case> rows;
   for (const auto& c : cases) {
     const bool isFail = c.status == Status::expectedFail;
     const bool isPass = c.status == Status::unexpectedPass || c.status == Status::flake;
     Record record = MadeUp(c.row, isFail ? Status::fail : (isPass ? Status::pass : c.status));
-    // Put twice, as a row that is run again is.
-    junit.Put(record, AccountOf(ResultOf(record, {}, {baseline})));
     if (c.status == Status::flake) record.again = {MadeUp(c.row, Status::fail)};
-    junit.Put(record, AccountOf(ResultOf(record, {}, {baseline})));
+    rows.push_back(FullCaseOf(ResultOf(record, {}, {baseline})));
   }
-  RunInfo info;
+  rows[0].remark = "passed, yet wrong";
+  outputs::SuiteInfo info;
   info.start = "2001-02-03T04:05:06Z";
-  const pugi::xml_document document = Parsed(junit.Text(info));
+  info.properties = {{"incomplete", "10 of 11 rows"}};
+  const pugi::xml_document document = Parsed(outputs::JUnitOf(info, rows));
   const pugi::xml_node root = document.child("testsuites");
   EXPECT_EQ(root.attribute("tests").as_int(), 11);
   EXPECT_EQ(root.attribute("failures").as_int(), 2);
@@ -67,6 +68,10 @@ TEST(JUnit, KeepsTheCauseOfWhatDidNotPass) {
   const pugi::xml_node add = root.find_child_by_attribute("name", "add");
   EXPECT_EQ(add.attribute("tests").as_int(), 6);
   EXPECT_STREQ(add.attribute("timestamp").value(), "2001-02-03T04:05:06");
+  EXPECT_STREQ(add.child("properties").child("property").attribute("value").value(),
+               "10 of 11 rows");
+  EXPECT_TRUE(std::string(add.child("testcase").child_value("system-out"))
+                  .starts_with("passed, yet wrong\nRunning test"));
   for (const auto& c : cases) {
     const pugi::xml_node test = root.find_node([&c](const pugi::xml_node& node) {
       return std::string(node.name()) == "testcase" &&
@@ -81,11 +86,13 @@ TEST(JUnit, KeepsTheCauseOfWhatDidNotPass) {
       EXPECT_STREQ(element, c.element) << c.row;
       EXPECT_EQ(cause.attribute("type").value(), NameOf(c.status));
       EXPECT_STREQ(cause.attribute("message").value(), c.message);
+      EXPECT_TRUE(std::string(cause.child_value()).starts_with(c.message));
     }
     EXPECT_EQ(causes, c.status == Status::pass ? 0 : 1) << c.row;
   }
-  EXPECT_STREQ(add.find_child_by_attribute("name", "add_union_scalar_3").child_value("error"),
-               "1:1: error: unions are not our thing\n");
+  EXPECT_TRUE(
+      std::string(add.find_child_by_attribute("name", "add_union_scalar_3").child_value("error"))
+          .ends_with("\n1:1: error: unions are not our thing\n"));
 }
 
 TEST(JUnit, IsXmlWhateverTheDriverWrote) {
@@ -99,11 +106,10 @@ TEST(JUnit, IsXmlWhateverTheDriverWrote) {
   record.out = hostile;
   record.err = std::string(1000000, '\x01');
   record.driver = hostile;
-  RunInfo info;
+  outputs::SuiteInfo info;
   info.host = hostile;
-  JUnit junit;
-  junit.Put(record, AccountOf(ResultOf(record, {}, {})));
-  const std::string text = junit.Text(info);
+  info.properties = {{hostile, hostile}};
+  const std::string text = outputs::JUnitOf(info, {FullCaseOf(ResultOf(record, {}, {}))});
   EXPECT_TRUE(text::IsUtf8(text));
   EXPECT_TRUE(std::ranges::none_of(
       text, [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t'; }));
@@ -112,7 +118,7 @@ TEST(JUnit, IsXmlWhateverTheDriverWrote) {
 
   const pugi::xml_document document = Parsed(text);
   const pugi::xml_node suite = document.child("testsuites").child("testsuite");
-  EXPECT_EQ(std::distance(suite.begin(), suite.end()), 1);
+  EXPECT_EQ(std::distance(suite.begin(), suite.end()), 2);
   const std::string out = suite.child("testcase").child_value("system-out");
   EXPECT_TRUE(out.starts_with("<testcase name='x'/>]]>&amp;&#0; \\xEF\\xBF\\xBF \\xED\\xA0\\x80 "))
       << out;

@@ -34,11 +34,14 @@ const Rows runs[] = {
     {1, 0, 0, 0, keeps, "1 row passed, and is right by OpenCL's rules too.\n"},
     {3, 0, 0, 0, keeps, "3 rows passed, and all are right by OpenCL's rules too.\n"},
     {1, 2, 0, 0, keeps,
-     "2 rows failed; all are wrong by OpenCL's rules too, a fault of the device.\n"
-     "Suspects: negated (2 rows).\n"},
+     "2 rows failed; both are wrong by OpenCL's rules too, a fault of the device.\n"
+     "Suspects: negated (2 of 2 wrong rows).\n"},
     {2, 0, 1, 0, keeps,
      "1 of 3 rows that passed is wrong by OpenCL's rules, a fault that the suite's rule hides.\n"
-     "Suspects: negated (1 row).\n"},
+     "Suspects: negated (1 of 1 wrong row).\n"},
+    {0, 0, 1, 0, keeps,
+     "The row that passed is wrong by OpenCL's rules, a fault that the suite's rule hides.\n"
+     "Suspects: negated (1 of 1 wrong row).\n"},
     {2, 0, 0, 2, keeps,
      "2 rows failed; both are right by OpenCL's rules: the device keeps denormals, as it "
      "reports.\n"},
@@ -50,7 +53,7 @@ const Rows runs[] = {
      "  passed                 5      2\n"
      "  failed                 3      1\n"
      "3 rows failed but right: the device keeps denormals, as it reports.\n"
-     "Suspects: negated (3 rows).\n"},
+     "Suspects: negated (3 of 3 wrong rows).\n"},
 };
 
 class OpinionsOnRuns : public testing::TestWithParam<Rows> {};
@@ -72,6 +75,13 @@ TEST_P(OpinionsOnRuns, CountKinds) {
   add(rows.passedWrong, "add_union_vector4_1", false, 1);
   add(rows.failedRight, "multiply_union_vector16_3", true, 0);  // a row with denormals
   EXPECT_EQ(OpinionOnRun(AnalysisOf(run, {})), rows.text);
+  // Where the second opinion judges, a ledger that says otherwise stands above.
+  Expectations strict;
+  strict.strict = true;
+  const bool isOverruled = rows.passedWrong + rows.failedRight > 0;
+  const bool isTable = rows.failedWrong > 0;
+  EXPECT_EQ(OpinionOnRun(AnalysisOf(run, strict)),
+            (isOverruled && !isTable ? "The suite alone: " : "") + std::string(rows.text));
 }
 
 INSTANTIATE_TEST_SUITE_P(Runs, OpinionsOnRuns, testing::ValuesIn(runs));

@@ -66,29 +66,27 @@ TEST(Report, SaysWhatARunComesTo) {
   } cases[] = {
       {{RowOf(copy, false, 0)},
        "now",
-       "0 of 1 row passed: 1 failed; every row ended as the baseline expects. By OpenCL\u2019s "
-       "rules "
-       "1 that failed is right, where the suite asks more than OpenCL does.",
+       "The row ended as expected. By OpenCL\u2019s rules 1 that failed is right, where the suite "
+       "asks more than OpenCL does.",
        {{copy.row.name, "Fail"}}},
       {{RowOf(copy, true, 0)},
        "now",
-       "The one row passed; 1 row ended otherwise than the baseline expects. By OpenCL\u2019s "
-       "rules, "
-       "too, every lane that came back is right.",
+       "The row did not end as expected: it passed. By OpenCL\u2019s rules, too, every lane that "
+       "came back is right.",
        {{copy.row.name, "Fail"}}},
       {{RowOf(copy, true, 0)},
        "now",
-       "The one row passed. By OpenCL\u2019s rules, too, every lane that came back is right."},
+       "The row passed. By OpenCL\u2019s rules, too, every lane that came back is right."},
       {{RowOf(copy, false, 1), RowOf(copy, true, 1), RowOf(copy, true, 1), RowOf(copy, false, 0)},
        "now",
-       "2 of 4 rows passed: 2 failed. By OpenCL\u2019s rules 1 that failed is wrong, a fault of "
+       "2 of 4 rows did not pass. By OpenCL\u2019s rules 1 that failed is wrong, a fault of "
        "the "
        "device; 2 that passed are wrong, a fault that the suite\u2019s rule hides; 1 that failed "
        "is "
        "right, where the suite asks more than OpenCL does."},
       {{crashed},
        "",
-       "0 of 1 row passed: 1 crashed; the run was cut off. Nothing came back that could be held "
+       "The row did not pass. The run was cut off. Nothing came back that could be held "
        "against OpenCL\u2019s rules."},
   };
   for (const auto& one : cases) {

@@ -14,6 +14,8 @@
 
 #include "diagnosis/record/listing.h"
 #include "diagnosis/record/select.h"
+#include "diagnosis/verdict/account.h"
+#include "diagnosis/views/cases.h"
 #include "made_up_records.h"
 
 namespace diagnosis {
@@ -27,10 +29,11 @@ void ExpectGolden(const std::string& name, const std::string& text) {
 }
 
 // A run of a dozen rows, a second and a half each, of which one hangs and two are run again.
-std::string Said(std::unique_ptr<Reporter> (*make)(const Console&), bool isTerminal) {
+std::string Said(std::unique_ptr<outputs::Reporter> (*make)(const outputs::Console&),
+                 bool isTerminal) {
   std::string said;
   double now = 1000;
-  const std::unique_ptr<Reporter> reporter =
+  const std::unique_ptr<outputs::Reporter> reporter =
       make({.write = [&said](const std::string& text) { said += text; },
             .clock = [&now] { return now; },
             .isTerminal = isTerminal,
@@ -48,15 +51,13 @@ std::string Said(std::unique_ptr<Reporter> (*make)(const Console&), bool isTermi
       {"multiply_union_scalar_1", Status::error},   {"multiply_union_scalar_2", Status::buildError},
       {"multiply_union_vector16_1", Status::crash}, {"power_union_vector8_6", Status::missing}};
 
-  Device device;
-  device.name = "A GPU\x1B[2J";
-  device.platform = "A platform";
-  device.driverVersion = "1.0";
-  reporter->Begin(device, std::size(rows));
-  std::vector<AccountedRow> account;
+  reporter->Begin({.heading = "A GPU on A platform", .cases = std::size(rows)});
+  std::vector<Record> records;
+  records.reserve(std::size(rows));
+  std::vector<RowResult> results;
   double seconds = 1.25;
   for (const auto& [name, status] : rows) {
-    Record record = MadeUp(name, status);
+    Record& record = records.emplace_back(MadeUp(name, status));
     if (status != Status::skip && status != Status::missing) {
       reporter->Started(name);
       for (int i = 0; i < (status == Status::timeout ? 7 : 1); ++i) {
@@ -66,29 +67,33 @@ std::string Said(std::unique_ptr<Reporter> (*make)(const Console&), bool isTermi
       record.seconds = seconds += 0.125;
       record.buildSeconds = 0.5;
     }
-    account.push_back(AccountOf(ResultOf(record, {}, {baseline})));
+    results.push_back(ResultOf(record, {}, {baseline}));
     const bool again = record.row == "copy_union_arrays_1" || record.row == "copy_union_arrays_3";
-    reporter->Ended(account.back(), again);
+    reporter->Ended(CaseOf(results.back()), again);
   }
   for (const std::size_t i : {5U, 7U}) {
     reporter->Started(rows[i].first);
     now += 3;
-    Record record = MadeUp(rows[i].first, rows[i].second);
-    record.again = {MadeUp(rows[i].first, i == 5 ? Status::pass : Status::crash)};
-    account[i] = AccountOf(ResultOf(record, {}, {baseline}));
-    reporter->Ended(account[i], false);
+    records[i].again = {MadeUp(rows[i].first, i == 5 ? Status::pass : Status::crash)};
+    TakeLastRun(results[i], {}, {baseline});
+    reporter->Ended(CaseOf(results[i]), false);
   }
-  reporter->End(account, "And this is to be said of it.\n");
+  reporter->End({.table = LedgerOf(results),
+                 .result = SentenceOf(TotalsOf(results)),
+                 .isGood = false,
+                 .remarks = "And this is to be said of it.\n"});
   return said;
 }
 
-TEST(Reporter, TellsPeopleByLines) { ExpectGolden("people.txt", Said(ReporterForPeople, false)); }
-
-TEST(Reporter, TellsPeopleOnATerminal) {
-  ExpectGolden("people_on_terminal.txt", Said(ReporterForPeople, true));
+TEST(Reporter, TellsPeopleByLines) {
+  ExpectGolden("progress.txt", Said(outputs::ProgressReporter, false));
 }
 
-TEST(Reporter, TellsTestLabs) { ExpectGolden("ktap.txt", Said(ReporterInKtap, false)); }
+TEST(Reporter, TellsPeopleOnATerminal) {
+  ExpectGolden("progress_on_terminal.txt", Said(outputs::ProgressReporter, true));
+}
+
+TEST(Reporter, TellsTestLabs) { ExpectGolden("ktap.txt", Said(outputs::KtapReporter, false)); }
 
 TEST(Reporter, TableOfRows) {
   ExpectGolden("list_long.txt",

@@ -1,0 +1,52 @@
+#include "diagnosis/views/cases.h"
+
+#include <array>
+
+namespace diagnosis {
+
+namespace {
+
+// In the order of the enumeration.
+constexpr std::array<outputs::Kind, statuses> kinds = {
+    outputs::Kind::passed,        // Pass
+    outputs::Kind::failed,        // Fail
+    outputs::Kind::error,         // BuildError
+    outputs::Kind::error,         // Error
+    outputs::Kind::error,         // Crash
+    outputs::Kind::timedOut,      // Timeout
+    outputs::Kind::skipped,       // Skip
+    outputs::Kind::notReached,    // Missing
+    outputs::Kind::knownFailure,  // ExpectedFail
+    outputs::Kind::noted,         // UnexpectedPass
+    outputs::Kind::noted,         // Flake
+};
+
+}  // namespace
+
+outputs::Case CaseOf(const RowResult& row) {
+  const std::string& name = row.record->row;
+  return {.name = name,
+          .group = name.substr(0, name.find('_')),
+          .status = std::string(NameOf(row.verdict)),
+          .kind = kinds.at(static_cast<std::size_t>(row.verdict)),
+          .asExpected = row.asExpected,
+          .isNews = row.isNews,
+          .line = row.detail,
+          .remark = row.remark,
+          .seconds = row.record->seconds};
+}
+
+outputs::Case FullCaseOf(const RowResult& row) {
+  const Record& record = *row.record;
+  outputs::Case one = CaseOf(row);
+  one.properties = {{"suite", std::string(NameOf(row.status))},
+                    {"opinion", std::string(NameOf(row.opinion.verdict))}};
+  if (!row.remark.empty()) one.properties.emplace_back("remark", row.remark);
+  if (row.status == Status::buildError) one.cause = row.detail + "\n" + record.buildLog;
+  one.out = record.out;
+  one.err = record.err;
+  if (!record.driver.empty()) one.err += "What the driver wrote:\n" + record.driver;
+  return one;
+}
+
+}  // namespace diagnosis
