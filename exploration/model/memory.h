@@ -7,6 +7,11 @@
 #include "exploration/program/check.h"
 #include "exploration/types/layout.h"
 
+// What a device must do follows OpenCL C 1.2 and, where that says nothing, C99. The comments here
+// and at the features name the paragraphs; the two texts could not be looked up when they were
+// written, and so wherever more than one reading is possible nothing is known, or the program is
+// not valid.
+
 namespace exploration {
 
 enum class Knowledge : std::uint8_t {
