@@ -15,6 +15,8 @@ namespace exploration {
 #define COMMANDS(DO) \
   DO(check)          \
   DO(features)       \
+  DO(merge)          \
+  DO(reduce)         \
   DO(run)            \
   DO(show)
 

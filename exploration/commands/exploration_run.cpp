@@ -18,6 +18,7 @@
 #include "common/text/text.h"
 #include "exploration/features/features.h"
 #include "exploration/record/run_record.h"
+#include "exploration/views/results.h"
 #include "exploration/views/told.h"
 
 namespace exploration {
@@ -89,11 +90,13 @@ class ExplorationRun {
                     {"seed", std::to_string(options.seed)},
                     {"shard", fmt::format("{}/{}", options.shard, options.shards)},
                     {"timeout", fmt::format("{}", options.work.seconds)}};
+    if (!options.folder.empty()) results_.emplace(options.folder, options.replace);
   }
   ExplorationRun(const ExplorationRun&) = delete;
   ExplorationRun& operator=(const ExplorationRun&) = delete;
 
   int Run() {
+    Write([this] { results_->Finish(run_); });
     CampaignListener listener;
     listener.device = [this](const Device& device) { Begin(device); };
     listener.next = [this] { return Next(); };
@@ -111,6 +114,18 @@ class ExplorationRun {
  private:
   static double SecondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
+  }
+
+  // What cannot be written is told once. The run goes on, and all of it is still told.
+  template <class Function>
+  void Write(Function function) {
+    if (!results_ || cannotWrite_) return;
+    try {
+      function();
+    } catch (const text::CannotWrite& error) {
+      cannotWrite_ = true;
+      fmt::print(stderr, "explore: {}\n", text::PrintableLine(error.what(), 1000));
+    }
   }
 
   void Begin(const Device& device) {
@@ -155,6 +170,12 @@ class ExplorationRun {
     }
     ++run_.wrong;
     ++run_.open;
+    constexpr std::size_t most = 16;
+    Write([&] {
+      results_->Found({name, std::string(NameOf(outcome.kind)), Told(outcome),
+                       one.runnable.features, text::Printable(outcome.text),
+                       DifferenceLines(one.runnable, outcome, most)});
+    });
     return true;
   }
 
@@ -182,19 +203,24 @@ class ExplorationRun {
     }
     run_.faults.push_back(RecordOf(*fault));
     progress_.Print(FaultTold(*fault));
+    Write([&] { results_->Add(*fault, run_, DrawingWords(options_.drawing)); });
   }
 
   int Finish(const CampaignEnd& end) {
     run_.end = Now();
     run_.ending = end.pool.kind == workers::PoolEnd::Kind::finished ? "finished" : end.pool.reason;
+    Write([this] { results_->Finish(run_); });
     RefuseNoDevice(end.pool);
     progress_.Print(TotalsOf(run_) + "\n");
+    if (cannotWrite_) return 4;
     if (end.pool.kind == workers::PoolEnd::Kind::interrupted) return 128 + end.pool.signal;
     return run_.wrong > 0 || run_.notRun > 0 ? 1 : 0;
   }
 
   const RunOptions& options_;
   RunRecord run_;
+  std::optional<Results> results_;
+  bool cannotWrite_ = false;
   ProgressLine progress_;
   Clock::time_point start_ = Clock::now();
   std::uint64_t number_;

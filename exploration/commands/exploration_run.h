@@ -19,6 +19,8 @@ struct RunOptions {
   Options drawing;
   WorkOptions work;
   bool customary = false;
+  std::string folder;
+  bool replace = false;
 };
 
 /// Returns the program's status.

@@ -15,6 +15,7 @@ const command_line::Section sections[] = {
      "  1    something was found\n"
      "  2    bad use, or a bad file\n"
      "  3    there is no GPU device, or the loader has not taken a layer of OPENCL_LAYERS\n"
+     "  4    something could not be written\n"
      "  128  and a signal's number: the run was interrupted by it\n",
      true},
     {"ENVIRONMENT",

@@ -8,6 +8,7 @@
 #include "common/command_line/options.h"
 #include "common/text/bad_use.h"
 #include "exploration/commands/exploration_run.h"
+#include "exploration/views/results.h"
 
 namespace exploration {
 namespace {
@@ -53,13 +54,25 @@ void AddTo(CLI::App& app, command_line::Call& call) {
   app.add_flag("--customary", options->customary,
                "Show differences in bytes that every compiler keeps and no standard promises; "
                "they are not counted");
+  app.add_option("--out", options->folder, "Folder for the results")
+      ->type_name("DIR")
+      ->check(command_line::NotEmpty());
+  CLI::Option* const force =
+      app.add_flag("--force", options->replace, "Replace results that are there");
+  force->needs(app.get_option("--out"));
   app.footer(
       "What goes wrong is run again, made smaller, and held against the faults that are known: a\n"
       "fault is told as soon as it is told apart. What is under way when the time is over is\n"
       "looked into to its end.\n"
       "\n"
-      "Programs that need double or half are left out where the device has none.");
-  app.parse_complete_callback([options] { Draw(1, 1, options->drawing); });
+      "Programs that need double or half are left out where the device has none.\n"
+      "\n"
+      "The results are findings.jsonl, run.json, junit.xml, report.html and, in faults/NAME,\n"
+      "program.cl, original.cl, reproducer.c and report.md.");
+  app.parse_complete_callback([options] {
+    Draw(1, 1, options->drawing);
+    if (!options->folder.empty()) RefuseOldResults(options->folder, options->replace);
+  });
   app.callback([options, &call] { call.status = Run(*options, call); });
 }
 
@@ -68,7 +81,7 @@ void AddTo(CLI::App& app, command_line::Call& call) {
 const command_line::Command commands::run = {
     "run", "Run programs, and say which faults the device has", AddTo,
     "explore --programs 1000\n"
-    "explore --seconds 600 --seed 7 -j 2\n"
+    "explore --seconds 600 --seed 7 --out results -j 2\n"
     "explore --only whole-unions,nested-unions --space global"};
 
 }  // namespace exploration

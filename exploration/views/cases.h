@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "exploration/record/run_record.h"
+
+namespace exploration {
+
+/// The run as JUnit: a case a fault, which failed, or one that passed if there is none.
+std::string JUnitOf(const RunRecord& run);
+
+}  // namespace exploration
