@@ -20,8 +20,8 @@ static void to_json(json& value, const Device& device) { value = json::parse(Pac
 static void from_json(const json& value, Device& device) { device = DeviceFrom(value.dump()); }
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(AnswerRecord, buffer, expected, known, actual)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Setting, name, result)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FaultRecord, name, title, kind, told, features, text, original,
-                                   isComplete, answers, log, settings, findings)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FaultRecord, name, title, kind, how, told, features, text,
+                                   original, isComplete, answers, log, settings, findings)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FindingRecord, program, kind, told, features, log, differences)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PairCounts, features, programs, wrong)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunRecord, version, command, host, start, end, ending, options,
@@ -38,6 +38,17 @@ void AddTo(std::vector<std::vector<std::uint64_t>>& sums,
            const std::vector<std::vector<std::uint64_t>>& more) {
   for (std::size_t i = 0; i < sums.size(); ++i)
     for (std::size_t j = 0; j < sums.size(); ++j) sums[i][j] += more.at(i).at(j);
+}
+
+// What IsSame looks at.
+Fault ComparedBy(const FaultRecord& record) {
+  Fault fault;
+  for (int kind = 0; kind <= static_cast<int>(Outcome::Kind::notRun); ++kind)
+    if (record.kind == NameOf(static_cast<Outcome::Kind>(kind)))
+      fault.symptom.kind = static_cast<Outcome::Kind>(kind);
+  fault.symptom.how = record.how;
+  fault.features = record.features;
+  return fault;
 }
 
 std::vector<AnswerRecord> AnswersOf(const Finding& finding) {
@@ -57,7 +68,8 @@ FaultRecord RecordOf(const Fault& fault) {
   FaultRecord record;
   record.name = fault.name;
   record.title = fault.title;
-  record.kind = NameOf(fault.shrunken.outcome.kind);
+  record.kind = NameOf(fault.symptom.kind);
+  record.how = fault.symptom.how;
   record.told = Told(fault.shrunken.outcome);
   record.features = fault.features;
   record.text = fault.shrunken.runnable.text;
@@ -134,8 +146,9 @@ RunRecord Merged(const std::vector<RunRecord>& runs) {
     if (run->ending != "finished") merged.ending = run->ending;
     if (run->host != merged.host) merged.host += ", " + run->host;
     for (const FaultRecord& fault : run->faults) {
-      // The name is made from all by which faults are told apart.
-      const auto same = std::ranges::find(merged.faults, fault.name, &FaultRecord::name);
+      const auto same = std::ranges::find_if(merged.faults, [&fault](const FaultRecord& other) {
+        return IsSame(ComparedBy(other), ComparedBy(fault));
+      });
       if (same == merged.faults.end()) {
         merged.faults.push_back(fault);
       } else {

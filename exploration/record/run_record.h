@@ -25,6 +25,7 @@ struct FaultRecord {
   std::string name;
   std::string title;
   std::string kind;  ///< As NameOf(Outcome::Kind) has it.
+  std::string how;   ///< Of the symptom.
   std::string told;  ///< What it is in a few words.
   std::vector<std::string> features;
   std::string text;      ///< The shrunken program.
