@@ -16,6 +16,7 @@ struct DeviceFloats;
 template <class Scope, auto entryPoint, class Return, class... Arguments>
 Return CL_API_CALL Within(Arguments... arguments);
 cl_int CL_API_CALL GetDeviceInfo(cl_device_id, cl_device_info, size_t, void*, size_t*);
+cl_mem CL_API_CALL CreateBuffer(cl_context, cl_mem_flags, size_t, void*, cl_int*);
 
 consteval cl_icd_dispatch Hooks() {
   using Entry = cl_icd_dispatch;
@@ -23,6 +24,9 @@ consteval cl_icd_dispatch Hooks() {
 
   // The device says of itself whether it has denormals.
   hooks.clGetDeviceInfo = GetDeviceInfo;
+
+  // Its fresh memory is zero, where the driver's is whatever the process had there.
+  hooks.clCreateBuffer = CreateBuffer;
 
   // The driver draws names for what it builds from rand, after a call of srand.
   hooks.clBuildProgram = Within<PrivateRandom, &Entry::clBuildProgram>;
@@ -84,6 +88,18 @@ struct DeviceFloats {
   ~DeviceFloats() { Set(host); }
   Register host;
 };
+
+cl_mem CL_API_CALL CreateBuffer(cl_context context, cl_mem_flags flags, size_t size, void* host,
+                                cl_int* code) {
+  constexpr cl_mem_flags fromHost = CL_MEM_USE_HOST_PTR | CL_MEM_COPY_HOST_PTR;
+  void* const zeros = host == nullptr && (flags & fromHost) == 0 ? std::calloc(1, size) : nullptr;
+  const cl_mem made =
+      zeros == nullptr
+          ? layer::below->clCreateBuffer(context, flags, size, host, code)
+          : layer::below->clCreateBuffer(context, flags | CL_MEM_COPY_HOST_PTR, size, zeros, code);
+  std::free(zeros);
+  return made;
+}
 
 cl_int CL_API_CALL GetDeviceInfo(cl_device_id device, cl_device_info name, size_t size, void* value,
                                  size_t* sizeReturned) {

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -29,6 +30,13 @@ const char* Said(const Program& program, std::string_view what) {
   std::string name = program.name;
   std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
   return std::getenv(fmt::format("{}_{}", name, what).c_str());
+}
+
+std::vector<std::string> LinesOf(const char* text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text != nullptr ? text : "");
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
 }
 
 // A command in front of this one wants to know of bad use before it looks for a device: the command
@@ -153,6 +161,8 @@ int Answer(const Program& program, int argc, char** argv) {
     const char* line = Said(program, "CALLED_AS");
     call.line =
         line != nullptr ? line : text::ShellWords(std::vector<std::string>(argv, argv + argc));
+    call.invocation = LinesOf(Said(program, "INVOCATION"));
+    if (call.invocation.empty()) call.invocation = {argv[0]};
     Run(program, arguments, call);
     return call.status;
   } catch (const text::BadUse& refusal) {

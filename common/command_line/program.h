@@ -3,6 +3,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -14,9 +15,10 @@ namespace command_line {
 
 /// One call of the program, as the command that was asked for gets it.
 struct Call {
-  std::string line;           // how the program was called, for a shell
-  std::string workersFolder;  // where workers start; empty for the caller's own
-  int status = 0;             // with which the program ends once the command has returned
+  std::string line;                     // how the program was called, for a shell
+  std::vector<std::string> invocation;  // the words with which another call of it begins
+  std::string workersFolder;            // where workers start; empty for the caller's own
+  int status = 0;                       // with which the program ends once the command has returned
 };
 
 /// A command is a file that says what its options are and what it does:
@@ -62,7 +64,8 @@ struct Program {
 ///
 /// The command in front of it says in the environment, with the name in capitals before each: in
 /// TRIAGE_CALLED_FROM from which folder it was called (it runs in the one that workers start in),
-/// in TRIAGE_CALLED_AS how, in TRIAGE_HELP what its help has beside this program's, and with
+/// in TRIAGE_CALLED_AS how, in TRIAGE_INVOCATION with which words a call of the same kind begins,
+/// each on a line of its own, in TRIAGE_HELP what its help has beside this program's, and with
 /// TRIAGE_ONLY_CHECK that arguments are to be checked and nothing done.
 int Main(const Program& program, int argc, char** argv) noexcept;
 

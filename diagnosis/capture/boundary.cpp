@@ -7,6 +7,7 @@
 
 // The linker gives these names: __wrap_ to what the suite calls, __real_ to what it meant to call.
 // NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" void* __real__Znam(std::size_t size);  // operator new[]
 #define DECLARE(name, arity) extern "C" decltype(name) __real_##name;
 FOR_EACH_ENTRY_POINT(DECLARE)
 #undef DECLARE
@@ -72,7 +73,7 @@ std::string StateOfRand() {
 }
 
 Ground OwnGround() {
-  return {&libraryOpenCl, [] { return OwnStream().Draw(); }};
+  return {&libraryOpenCl, [] { return OwnStream().Draw(); }, __real__Znam};
 }
 
 Stream& OwnStream() {
@@ -111,5 +112,10 @@ extern "C" {
 FOR_EACH_ENTRY_POINT(DEFINE)
 
 int __wrap_rand() { return diagnosis::ground.rand(); }
+
+void* __wrap__Znam(std::size_t size) {
+  return diagnosis::ground.newArray != nullptr ? diagnosis::ground.newArray(size)
+                                               : __real__Znam(size);
+}
 }
 // NOLINTEND(bugprone-reserved-identifier,bugprone-macro-parentheses)

@@ -78,9 +78,10 @@ std::string StateOfRand();
 struct Ground {
   const cl_icd_dispatch* openCl;
   int (*rand)();
+  void* (*newArray)(std::size_t size) = nullptr;  // operator new[]; null: the program's own
 };
 
-/// The library, and one Stream for the whole process.
+/// The library, the program's own operator new[], and one Stream for the whole process.
 Ground OwnGround();
 
 /// The stream of OwnGround.

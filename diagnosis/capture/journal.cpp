@@ -102,9 +102,6 @@ bool Apply(Event event, Reader data, Record& record) {
     case Event::behindB:
       record.behindB = data.RestAsBytes();
       return true;
-    case Event::behindResult:
-      record.behindResult = data.RestAsBytes();
-      return true;
     case Event::out:
       record.out += data.Rest();
       if (last != nullptr) last->out += data.Rest();

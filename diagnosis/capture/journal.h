@@ -24,7 +24,6 @@ enum class Event : std::uint8_t {
   result,
   behindA,
   behindB,
-  behindResult,
   out,
   err,
   randDrawn,  // by somebody else than the row

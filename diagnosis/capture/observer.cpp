@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstring>
 #include <iostream>
 #include <span>
@@ -35,7 +36,6 @@ struct Observed {
   bool wroteA = false;      // in this repetition
   bool sawBehindA = false;
   bool sawBehindB = false;
-  bool sawBehindResult = false;
 };
 Observed* observed = nullptr;
 
@@ -46,6 +46,15 @@ struct InCall {
   InCall() { rowSpeaks = false; }
   ~InCall() { rowSpeaks = true; }
 };
+
+// What the row's own arrays hold before it stores there goes to the device too, as the bytes
+// between and behind its elements. Elsewhere that is whatever the process had in that memory
+// before; here it is zero, so that no record tells of the process, and two runs leave the same.
+void* NewArray(std::size_t size) {
+  void* const memory = OwnGround().newArray(size);
+  if (rowSpeaks) std::memset(memory, 0, size);
+  return memory;
+}
 
 // One of the row's standard streams.
 class RowStream : public std::streambuf {
@@ -112,12 +121,18 @@ template <auto entryPoint>
 constexpr std::remove_reference_t<decltype(std::declval<Entry>().*entryPoint)> handOn =
     HandOn<entryPoint>;
 
-// The ten elements of a buffer, and once what lies behind them.
+// The ten elements of a buffer.
+std::span<const std::byte> Elements(const void* data, size_t size) {
+  return {static_cast<const std::byte*>(data),
+          std::min(size, observed->conditions.stride * elementsOfRow)};
+}
+
+// The same and, once, what lies behind them.
 void NoteBuffer(Event elements, Event behind, bool& sawBehind, const void* data, size_t size) {
   const std::span bytes(static_cast<const std::byte*>(data), size);
-  const std::size_t used = std::min(size, observed->conditions.stride * elementsOfRow);
-  observed->journal.Write(elements, bytes.first(used));
-  if (!sawBehind) observed->journal.Write(behind, bytes.subspan(used));
+  const std::span used = Elements(data, size);
+  observed->journal.Write(elements, used);
+  if (!sawBehind) observed->journal.Write(behind, bytes.subspan(used.size()));
   sawBehind = true;
 }
 
@@ -207,8 +222,9 @@ cl_int CL_API_CALL EnqueueReadBuffer(cl_command_queue queue, cl_mem buffer, cl_b
                                      const cl_event* waitList, cl_event* event) {
   const cl_int code = handOn<&Entry::clEnqueueReadBuffer>(queue, buffer, blocking, offset, size,
                                                           destination, count, waitList, event);
-  if (code == CL_SUCCESS)
-    NoteBuffer(Event::result, Event::behindResult, observed->sawBehindResult, destination, size);
+  // What lies behind them no row looks at: with a driver for processors it is this process's
+  // memory.
+  if (code == CL_SUCCESS) observed->journal.Write(Event::result, Elements(destination, size));
   return code;
 }
 
@@ -242,7 +258,7 @@ void RunObserved(int (*row)(), const Conditions& conditions, const cl_icd_dispat
   RowStream err(journal, Event::err, STDERR_FILENO);
 
   observed = &own;
-  const Ground ground = SetGround({&hooks, OwnGround().rand});
+  const Ground ground = SetGround({&hooks, OwnGround().rand, NewArray});
   std::streambuf* const formerOut = std::cout.rdbuf(&out);
   std::streambuf* const formerErr = std::cerr.rdbuf(&err);
   const std::string randBefore = StateOfRand();

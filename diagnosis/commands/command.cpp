@@ -47,21 +47,23 @@ void TakeDevice(const CLI::App& app, const devices::Wanted& wanted) {
 }
 
 // The options' functions are called in this order, when all words have been read.
-void AddDevice(CLI::App& app) {
+void AddDevice(CLI::App& app, command_line::Call& call) {
   const auto wanted = std::make_shared<devices::Wanted>();
   app.add_flag_callback("--list-devices", ListDevices,
                         "Name the devices behind the loader, and say which a run can use");
   CLI::Option* const platform = app.add_option_function<std::string>(
       "--platform",
-      [wanted, &app](const std::string& text) {
+      [wanted, &app, &call](const std::string& text) {
         wanted->platform = text;
+        call.invocation.insert(call.invocation.end(), {"--platform", text});
         if (app.get_option("--device")->count() == 0) TakeDevice(app, *wanted);
       },
       "The first device of the platform whose name has this in it");
   CLI::Option* const device = app.add_option_function<std::string>(
       "--device",
-      [wanted, &app](const std::string& text) {
+      [wanted, &app, &call](const std::string& text) {
         wanted->device = text;
+        call.invocation.insert(call.invocation.end(), {"--device", text});
         TakeDevice(app, *wanted);
       },
       "The device whose name has this in it, or that of this index in the list");
@@ -100,7 +102,7 @@ CLI::Option* AddJson(CLI::App& app, bool& json) {
   return app.add_flag("--json", json, "As JSON, for scripts");
 }
 
-void AddPoolOptions(CLI::App& app, const command_line::Call& call, RowsOptions& options) {
+void AddPoolOptions(CLI::App& app, command_line::Call& call, RowsOptions& options) {
   options.folder = call.workersFolder;
   app.add_option("-j,--jobs", options.workers, "Workers side by side")
       ->type_name("N")
@@ -125,7 +127,7 @@ void AddPoolOptions(CLI::App& app, const command_line::Call& call, RowsOptions& 
       ->type_name("N")
       ->check(command_line::Whole(0, std::numeric_limits<std::uint32_t>::max()))
       ->capture_default_str();
-  AddDevice(app);
+  AddDevice(app, call);
 }
 
 }  // namespace diagnosis

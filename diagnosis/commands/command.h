@@ -38,7 +38,7 @@ COMMANDS(DECLARE)
 void AddRows(CLI::App& app, std::vector<std::string>& patterns);
 
 /// -j, --timeout, --isolate, --launcher, --program and --seed, for whatever runs rows.
-void AddPoolOptions(CLI::App& app, const command_line::Call& call, RowsOptions& options);
+void AddPoolOptions(CLI::App& app, command_line::Call& call, RowsOptions& options);
 
 /// --from, for what reads a run that was written; behind AddPoolOptions, which it excludes.
 void AddFrom(CLI::App& app, std::string& folder, const char* description);

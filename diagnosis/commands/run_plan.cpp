@@ -118,6 +118,7 @@ RunInfo InfoOf(const RunOptions& options, const command_line::Call& call,
   info.host = Host();
   info.version = SUITE_VERSION;
   info.command = call.line;
+  info.invocation = call.invocation;
   info.options = {{"baseline", options.baselineFile},
                   {"build options", options.buildOptions},
                   {"local size", std::to_string(options.localSize)},

@@ -13,12 +13,13 @@ std::span<const std::uint8_t> ElementOf(const Row& row, const Bytes& bytes, int 
   return std::span(bytes).subspan(row.stride * static_cast<std::size_t>(element));
 }
 
-std::optional<std::uint64_t> Distance(float answer, float right) {
+}  // namespace
+
+std::optional<std::uint64_t> DistanceBetween(float answer, float right) {
   if (std::isnan(answer) || std::isnan(right)) return std::nullopt;
+  if ((answer < 0 && right > 0) || (answer > 0 && right < 0)) return std::nullopt;
   return UlpsBetween(answer, right);
 }
-
-}  // namespace
 
 std::string_view NameOf(Opinion::Verdict verdict) {
   constexpr std::string_view names[] = {"right", "wrong", "unseen"};
@@ -56,7 +57,7 @@ Opinion OpinionOf(const Record& record, const Device& device) {
         const RightAnswers answers = RightAnswersOf(*row, repetition, element, lane, mode);
         const float answer = FloatLane(ElementOf(*row, repetition.result, element), lane);
         const float right = answers.NearestTo(answer);
-        const auto ulps = Distance(answer, right);
+        const auto ulps = DistanceBetween(answer, right);
         ++opinion.lanes;
         if (ulps) opinion.greatestUlps = std::max(opinion.greatestUlps, *ulps);
         if (!answers.Allow(answer)) {

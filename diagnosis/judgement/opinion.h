@@ -18,8 +18,8 @@ struct WrongLane {
   int lane;
   float answer;                       // the device's
   float right;                        // the answer that is right, or the nearest of those that are
-  std::optional<std::uint64_t> ulps;  // between them; none if one of them is a NaN, and 0 if a
-                                      // zero has the wrong sign
+  std::optional<std::uint64_t> ulps;  // between them; none if one of them is a NaN or they lie on
+                                      // two sides of zero, and 0 if a zero has the wrong sign
 };
 
 /// The second opinion on a row: whether the device is right by OpenCL C 1.2, full profile, in every
@@ -34,6 +34,10 @@ struct Opinion {
 
 /// "right", "wrong", "unseen"
 std::string_view NameOf(Opinion::Verdict verdict);
+
+/// The distance that says something: none from or to a NaN, nor between numbers that have not the
+/// same sign.
+std::optional<std::uint64_t> DistanceBetween(float answer, float right);
 
 /// Whether all that the row takes went to the device in that repetition and its result came back.
 bool IsSeen(const Row& row, const Repetition& repetition);

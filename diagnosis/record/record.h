@@ -70,10 +70,8 @@ struct Record {
   std::string kernel;  // the name asked for
   std::string buildLog;
   std::vector<Repetition> repetitions;
-  Bytes
-      behindA;  // what lies behind the ten elements in the buffers, once, from the first repetition
+  Bytes behindA;  // what lies behind the ten elements of an input, from the first repetition
   Bytes behindB;
-  Bytes behindResult;
   int launches = 0;
   std::vector<FailedCall> failedCalls;
   bool randDrawn = false;  // by the driver, from the stream that the suite itself would draw from
@@ -92,10 +90,12 @@ struct Record {
 /// What is true of a whole run.
 struct RunInfo {
   Device device;
-  std::string host;                             // system and machine, as uname has them
-  std::string version;                          // of the suite
-  std::string command;                          // what was called
-  std::map<std::string, std::string> options;   // all that decide how the rows were run, by name
+  std::string host;                            // system and machine, as uname has them
+  std::string version;                         // of the suite
+  std::string command;                         // what was called
+  std::vector<std::string> invocation;         // the words with which a command of the same program
+                                               // on the same device begins; empty if not known
+  std::map<std::string, std::string> options;  // all that decide how the rows were run, by name
   std::map<std::string, std::string> expected;  // statuses by row, of the baseline
   std::string start;                            // UTC, ISO 8601
   std::string end;                              // empty if the run was cut off

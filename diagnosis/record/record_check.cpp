@@ -34,8 +34,7 @@ std::string FaultInBytes(const Record& record) {
     }
   }
   for (std::string fault : {FaultInSize("behindA", record.behindA, behind),
-                            FaultInSize("behindB", record.behindB, behindB),
-                            FaultInSize("behindResult", record.behindResult, behind)}) {
+                            FaultInSize("behindB", record.behindB, behindB)}) {
     if (!fault.empty()) return fault;
   }
   return "";

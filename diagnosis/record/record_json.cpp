@@ -18,7 +18,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// What the files are written in. A reader takes no other.
+// What the files are written in. A reader takes no other: the number rises when a reader of before
+// would take something for what it is not. A member that is new is one that need not be there.
 constexpr int currentFormat = 1;
 
 constexpr std::array<std::pair<Ending::Kind, const char*>, 7> kinds = {
@@ -75,7 +76,6 @@ void Members(auto& io, Is<Record> auto& record) {
   io("repetitions", record.repetitions);
   io("behindA", record.behindA);
   io("behindB", record.behindB);
-  io("behindResult", record.behindResult);
   io("launches", record.launches);
   io("failedCalls", record.failedCalls);
   io("randDrawn", record.randDrawn);
@@ -90,6 +90,7 @@ void Members(auto& io, Is<Record> auto& record) {
 void Members(auto& io, Is<RunInfo> auto& info) {
   io("version", info.version);
   io("command", info.command);
+  io.Late("invocation", info.invocation);
   io("options", info.options);
   io("expected", info.expected);
   io("start", info.start);
@@ -101,6 +102,8 @@ void Members(auto& io, Is<RunInfo> auto& info) {
 
 struct Writer {
   Json& object;
+
+  void Late(const char* name, const auto& value) { (*this)(name, value); }
 
   template <class Value>
   void operator()(const char* name, const Value& value) {
@@ -155,6 +158,11 @@ class Damage : public std::runtime_error {
 
 struct Reader {
   const Json& object;
+
+  // A member that files of before do not have.
+  void Late(const char* name, auto& value) {
+    if (object.contains(name)) (*this)(name, value);
+  }
 
   template <class Value>
   void operator()(const char* name, Value& value) {
@@ -260,6 +268,10 @@ Json Parsed(std::string_view text) {
 struct ForgivingReader {
   Reader reader;
   std::vector<std::string>& damages;
+
+  void Late(const char* name, auto& value) {
+    if (reader.object.contains(name)) (*this)(name, value);
+  }
 
   template <class Value>
   void operator()(const char* name, Value& value) {

@@ -76,9 +76,7 @@ WrongLane WrongLaneAt(const Lane& place) {
   const float right =
       RightAnswersOf(place.row, place.repetition, place.element, place.lane, place.mode)
           .NearestTo(answer);
-  std::optional<std::uint64_t> ulps;
-  if (!std::isnan(answer) && !std::isnan(right)) ulps = UlpsBetween(answer, right);
-  return {place.number, place.element, place.lane, answer, right, ulps};
+  return {place.number, place.element, place.lane, answer, right, DistanceBetween(answer, right)};
 }
 
 ExplainedLane ExplainLane(const Lane& place) {
@@ -112,6 +110,8 @@ ExplainedLane ExplainLane(const Lane& place) {
   explained.reference = StepsOf(place);
   explained.suiteRule = SuiteRuleOn(place);
   explained.openClRule = OpenClRuleOn(place);
+  explained.isRight = RightAnswersOf(row, place.repetition, place.element, place.lane, place.mode)
+                          .Allow(place.Answer());
   return explained;
 }
 
@@ -139,6 +139,26 @@ std::vector<Lane> LanesToExplain(const Row& row, const Record& record, const Dev
   return lanes;
 }
 
+/// The lane whose values stand in the suite's line; none if it wrote none, or nobody knows them.
+std::optional<Lane> LaneOfLine(const Row& row, const Record& record, const Device& device,
+                               const FloatMode& mode) {
+  const auto found = std::ranges::find_if(record.repetitions, FoundMismatch);
+  if (found == record.repetitions.end() || !IsSeen(row, *found)) return std::nullopt;
+  const int number = static_cast<int>(found - record.repetitions.begin()) + 1;
+  for (int element = 0; element < elementsOfRow; ++element) {
+    for (int lane = 0; lane < row.lanes; ++lane) {
+      const Lane place{row, device, mode, *found, number, element, lane};
+      if (IsRejected(place)) return place;
+    }
+  }
+  return std::nullopt;
+}
+
+/// Whether they are the same lane of a record.
+bool IsSame(const Lane& one, const Lane& other) {
+  return one.number == other.number && one.element == other.element && one.lane == other.lane;
+}
+
 std::string OtherLane(const Lane& place, Category category) {
   const std::string where = WhereOf(place.number, place.element, place.lane);
   if (category == Category::failedRight) {
@@ -146,8 +166,9 @@ std::string OtherLane(const Lane& place, Category category) {
                        BitsAndNumber(ReferenceOf(place)));
   }
   const WrongLane lane = WrongLaneAt(place);
-  return fmt::format("{}: {} in place of {}{}", where, BitsAndNumber(lane.answer),
-                     BitsAndNumber(lane.right), lane.ulps ? ", " + DistanceOf(lane) : "");
+  return fmt::format(
+      "{}: {} in place of {}{}", where, BitsAndNumber(lane.answer), BitsAndNumber(lane.right),
+      std::isnan(lane.answer) || std::isnan(lane.right) ? "" : ", " + DistanceOf(lane));
 }
 
 /// The lines of a text that anybody may have written, no more than `most` of them.
@@ -182,7 +203,9 @@ std::vector<std::string> NotesOn(const Record& record, Status status) {
 }  // namespace
 
 std::string DistanceOf(const WrongLane& lane) {
-  if (!lane.ulps) return std::isnan(lane.answer) ? "a NaN" : "not a NaN";
+  if (std::isnan(lane.answer)) return "a NaN";
+  if (std::isnan(lane.right)) return "not a NaN";
+  if (!lane.ulps) return "the other sign";
   if (*lane.ulps == 0) return "a zero of the other sign";
   return text::Counted(*lane.ulps, "unit") + " in the last place off";
 }
@@ -206,10 +229,18 @@ Explanation Explain(const Record& record, const Device& device, const Suspects& 
     const FloatMode mode = ModeOf(device, record.buildOptions);
     const std::vector<Lane> lanes =
         LanesToExplain(*row, record, device, mode, explanation.opinion, explanation.category);
+    const bool areWrong = explanation.category != Category::failedRight;
+    const std::optional<Lane> named =
+        status == Status::fail ? LaneOfLine(*row, record, device, mode) : std::nullopt;
+    const auto begin = [&explanation](const Lane& place, const char* title) {
+      explanation.first.push_back(ExplainLane(place));
+      explanation.first.back().title = title;
+    };
+    if (named) begin(*named, "lane that the suite names");
     for (const Lane& place : lanes) {
       if (explanation.first.empty()) {
-        explanation.first.push_back(ExplainLane(place));
-      } else {
+        begin(place, areWrong ? "first wrong lane" : "first lane that the suite rejects");
+      } else if (!named || !IsSame(*named, place)) {
         explanation.others.push_back(OtherLane(place, explanation.category));
       }
     }

@@ -38,6 +38,8 @@ struct ExplainedLane {
   std::vector<std::string> reference;  // how it came about, a step a line
   std::string suiteRule;               // what the suite's rule says of this lane
   std::string openClRule;
+  bool isRight = false;  // by OpenCL's rules
+  std::string title;     // "wrong lane", or what else makes it the first to be told of
 };
 
 /// A row that is not passed and right.
@@ -46,15 +48,16 @@ struct Explanation {
   std::string status;                     // "Fail: ..." with the detail
   Category category = Category::missing;  // of the first run
   Opinion opinion;
-  std::vector<ExplainedLane> first;   // the first such lane; empty if there is none
-  std::vector<std::string> others;    // the others, a line each
+  std::vector<ExplainedLane> first;  // that which the suite's line names, else the first such lane;
+                                     // empty if there is none
+  std::vector<std::string> others;   // the others, a line each
   std::vector<std::string> suspects;  // "name: meaning"
   std::vector<std::string> notes;     // what the row, the compiler and the driver had to say
 };
 
 Explanation Explain(const Record& record, const Device& device, const Suspects& suspects);
 
-/// How far the answer is from a right one: "3 units in the last place off", "a NaN".
+/// How far the answer is from a right one: "3 units in the last place off", "the other sign".
 std::string DistanceOf(const WrongLane& lane);
 
 /// "repetition 1, element 2, lane 3".

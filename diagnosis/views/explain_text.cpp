@@ -74,11 +74,10 @@ void WriteStores(Out out, std::string_view name, const std::vector<std::string>&
   }
 }
 
-void WriteLane(Out out, const Row& row, const ExplainedLane& lane, Category category) {
+void WriteLane(Out out, const Row& row, const ExplainedLane& lane) {
   const WrongLane& wrong = lane.lane;
   const auto index = static_cast<std::size_t>(wrong.lane);
-  fmt::format_to(out, "\n  The first {}: {}\n",
-                 category == Category::failedRight ? "lane that the suite rejects" : "wrong lane",
+  fmt::format_to(out, "\n  The {}: {}\n", lane.title,
                  WhereOf(wrong.repetition, wrong.element, wrong.lane));
   WriteStores(out, "A", lane.storesA, lane.bytesA, row.width * index, row.width);
   WriteStores(out, "B", lane.storesB, lane.bytesB, sizeof(float) * index, sizeof(float));
@@ -99,8 +98,7 @@ void WriteLane(Out out, const Row& row, const ExplainedLane& lane, Category cate
   }
   fmt::format_to(out, "  The reference:\n");
   for (const std::string& step : lane.reference) fmt::format_to(out, "    {}\n", step);
-  fmt::format_to(out, "  The answer: {}\n",
-                 category == Category::failedRight ? "right" : DistanceOf(wrong));
+  fmt::format_to(out, "  The answer: {}\n", lane.isRight ? "right" : DistanceOf(wrong));
   fmt::format_to(out, "  The suite's rule: {}\n  OpenCL's rule: {}\n", lane.suiteRule,
                  lane.openClRule);
 }
@@ -114,8 +112,7 @@ std::string TextOf(const Explanation& explanation, std::size_t mostOthers) {
   WriteOpinion(out, explanation);
   for (const std::string& note : explanation.notes) fmt::format_to(out, "  {}\n", note);
   const std::optional<Row> row = RowNamed(explanation.row);
-  for (const ExplainedLane& lane : explanation.first)
-    WriteLane(out, row.value(), lane, explanation.category);
+  for (const ExplainedLane& lane : explanation.first) WriteLane(out, row.value(), lane);
   if (!explanation.others.empty()) {
     fmt::format_to(out, "\n  {}:\n",
                    explanation.category == Category::failedRight

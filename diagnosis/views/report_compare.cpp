@@ -92,17 +92,17 @@ void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
     Set(Add(line, "th", facts.front()[fact].name), "scope", "row");
     for (const auto& of : facts) Add(line, "td", text::PrintableLine(of[fact].value));
   }
-  for (const CategoryTraits& look : categories) {
+  for (const CategoryTraits& traits : categories) {
     std::vector<std::ptrdiff_t> counts;
     for (std::size_t i = 0; i < runs.size(); ++i) {
       counts.push_back(std::ranges::count_if(rows, [&](const ComparedRow& row) {
-        return row.outcomes[i] && row.outcomes[i]->category == look.category;
+        return row.outcomes[i] && row.outcomes[i]->category == traits.category;
       }));
     }
     if (std::ranges::all_of(counts, [](auto count) { return count == 0; })) continue;
     const pugi::xml_node line = Add(body, "tr");
     const pugi::xml_node heading = Set(Add(line, "th"), "scope", "row");
-    page::AddBadge(heading, MarkOf(look.category));
+    page::AddBadge(heading, MarkOf(traits.category));
     for (const auto count : counts) AddClassed(line, "td", "number", fmt::format("{}", count));
   }
 }

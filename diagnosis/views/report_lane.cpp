@@ -85,10 +85,9 @@ void AddValues(pugi::xml_node parent, const std::vector<NamedValue>& values) {
   }
 }
 
-void AddLane(pugi::xml_node article, const Row& row, const ExplainedLane& lane,
-             std::string_view what) {
+void AddLane(pugi::xml_node article, const Row& row, const ExplainedLane& lane) {
   Add(article, "h4",
-      fmt::format("The first {}: repetition {}, element {}, lane {}", what, lane.lane.repetition,
+      fmt::format("The {}: repetition {}, element {}, lane {}", lane.title, lane.lane.repetition,
                   lane.lane.element, lane.lane.lane));
   const auto index = static_cast<std::size_t>(lane.lane.lane);
   AddStores(article, "a", lane.storesA);
@@ -134,7 +133,7 @@ void AddExplanation(pugi::xml_node article, const Record& record, const Device& 
   // Without a wrong lane it is the ones that the suite rejects though they are right.
   const std::string_view what = explanation.opinion.wrong.empty() ? "rejected lane" : "wrong lane";
   const std::optional<Row> row = RowNamed(record.row);
-  if (row && !explanation.first.empty()) AddLane(article, *row, explanation.first.front(), what);
+  if (row && !explanation.first.empty()) AddLane(article, *row, explanation.first.front());
   AddOtherLanes(article, explanation.others, what);
 }
 

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -109,7 +110,10 @@ void FillDistance(pugi::xml_node cell, const RowResult& outcome) {
   }
   Set(cell, "class", shades[shade].style);
   if (!shades[shade].sign.empty()) Add(inside, "span", shades[shade].sign);
-  Add(inside, "span", noNumber ? "NaN" : page::ShortNumber(ulps));
+  const bool noNaN = std::ranges::none_of(opinion.wrong, [](const WrongLane& lane) {
+    return std::isnan(lane.answer) || std::isnan(lane.right);
+  });
+  Add(inside, "span", !noNumber ? page::ShortNumber(ulps) : noNaN ? "sign" : "NaN");
 }
 
 std::string_view NoNote(std::string_view) { return ""; }

@@ -1,8 +1,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -54,31 +52,23 @@ void AddSuspectsOf(pugi::xml_node article, const Record& record, const Suspects&
   }
 }
 
-// The words with which ./triage was told which device to take.
-std::vector<std::string> DeviceWordsOf(const std::string& command) {
-  std::vector<std::string> words;
-  std::istringstream in(command);
-  for (std::string word; in >> word;) {
-    if (word == "--simulated" || word == "--keep-denormals" || word == "--as-gpu") {
-      words.push_back(word);
-    } else if (word == "--broken") {
-      words.push_back(word);
-      if (in >> word) words.push_back(word);
-    }
-  }
-  return words;
-}
-
 // What runs the row alone, as it was run here.
 std::string CommandOf(const Record& record, const RunInfo& info) {
-  std::vector<std::string> words = {"./triage"};
-  std::ranges::move(DeviceWordsOf(info.command), std::back_inserter(words));
+  std::vector<std::string> words = info.invocation;
+  if (words.empty()) words.emplace_back("./triage");
   words.push_back(record.row);
-  if (record.seed != 1) words.insert(words.end(), {"--seed", std::to_string(record.seed)});
-  if (!record.buildOptions.empty())
-    words.insert(words.end(), {"--build-options", record.buildOptions});
-  if (record.localSize != 0)
-    words.insert(words.end(), {"--local-size", std::to_string(record.localSize)});
+  const auto add = [&words](const char* option, const std::string& value) {
+    if (!value.empty()) words.insert(words.end(), {option, value});
+  };
+  const auto optionOf = [&info](const char* name) {
+    const auto found = info.options.find(name);
+    return found == info.options.end() ? std::string() : found->second;
+  };
+  add("--seed", record.seed == 1 ? "" : std::to_string(record.seed));
+  add("--build-options", record.buildOptions);
+  add("--local-size", record.localSize == 0 ? "" : std::to_string(record.localSize));
+  add("--launcher", optionOf("launcher"));
+  add("--program", optionOf("program"));
   return text::PrintableLine(text::ShellWords(words), mostBytesOfCommand);
 }
 

@@ -127,7 +127,6 @@ Record MadeUpDevice::Run(int repetitions) const {
   };
   record.behindA = behind(a);
   record.behindB = behind(b);
-  record.behindResult = behind(result);
   record.ending = {Ending::Kind::returned, 0, ""};
   return record;
 }

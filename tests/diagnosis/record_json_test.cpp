@@ -39,7 +39,6 @@ Record FullRecord() {
   record.repetitions = {{elements, Bytes(320, 0), true, Bytes(320, 0xFE), "RUN 1: PASSED\n"}, {}};
   record.behindA = Bytes(7872, 1);
   record.behindB = Bytes(7872, 2);
-  record.behindResult = Bytes(7872, 3);
   record.launches = 2;
   record.randDrawn = true;
   record.failedCalls = {{"clReleaseKernel", std::numeric_limits<std::int32_t>::min(), 2}};

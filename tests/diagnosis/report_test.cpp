@@ -135,6 +135,44 @@ TEST(Report, SaysWhatItCanOfARowThatItDoesNotKnow) {
   EXPECT_GT(reproducers(FactsOfRows()[42].row.name), 0U);
 }
 
+TEST(Report, SaysHowARowIsRunAlone) {
+  Record plain = RowOf(FactsOfRows()[42], true, 1);
+  Record special = plain;
+  special.seed = 7;
+  special.buildOptions = "-D X='a b' -w";
+  special.localSize = 8;
+  const struct {
+    std::vector<std::string> invocation;
+    std::map<std::string, std::string> options;
+    Record record;
+    const char* command;
+  } cases[] = {
+      {{}, {}, plain, "./triage copy_union_arrays_1"},
+      {{"/usr/bin/union_triage"},
+       {{"launcher", ""}, {"program", ""}, {"seed", "1"}},
+       plain,
+       "/usr/bin/union_triage copy_union_arrays_1"},
+      {{"./triage", "--broken=negated", "--device", "a b"},
+       {},
+       plain,
+       "./triage --broken=negated --device 'a b' copy_union_arrays_1"},
+      {{"./triage"},
+       {{"launcher", "ssh 'the board'"}, {"program", "/opt/union_triage"}},
+       special,
+       R"(./triage copy_union_arrays_1 --seed 7 --build-options '-D X='\''a b'\'' -w' )"
+       R"(--local-size 8 --launcher 'ssh '\''the board'\''' --program /opt/union_triage)"},
+  };
+  for (const auto& c : cases) {
+    diagnosis::Run run;
+    run.info.invocation = c.invocation;
+    run.info.options = c.options;
+    run.records = {c.record};
+    const pugi::xml_document page = Parsed(ReportOf({{"out", run}}));
+    EXPECT_EQ(TextIn(page.select_node("//p[starts-with(., 'Alone: ')]").node()),
+              std::string("Alone: ") + c.command);
+  }
+}
+
 TEST(Report, KeepsItsBoundWhateverFailsAndWhateverADriverWrites) {
   diagnosis::Run run;
   run.info.command.assign(1 << 20, '<');
