@@ -22,12 +22,13 @@ namespace fs = std::filesystem;
 // One for each worker, whose runners come and go: where a compiler hangs, nobody is left to clear
 // up, but the next runner can.
 const fs::path& Folder() {
-  static const fs::path folder = [] {
-    fs::path made = fs::temp_directory_path() /
-                    ("union_explore." + std::to_string(getuid()) + "." + std::to_string(getppid()));
-    fs::remove_all(made);
-    if (!fs::create_directory(made)) throw fs::filesystem_error("no folder", made, {});
-    fs::permissions(made, fs::perms::owner_all);
+  static const fs::path& folder = *[] {
+    // Not destroyed, as the end of the process still needs it.
+    auto* const made = new fs::path(fs::temp_directory_path() /
+                                    fmt::format("union_explore.{}.{}", getuid(), getppid()));
+    fs::remove_all(*made);
+    if (!fs::create_directory(*made)) throw fs::filesystem_error("no folder", *made, {});
+    fs::permissions(*made, fs::perms::owner_all);
     std::atexit([] {
       std::error_code ignored;
       fs::remove_all(Folder(), ignored);
