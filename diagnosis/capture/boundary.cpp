@@ -24,7 +24,7 @@ consteval cl_icd_dispatch Library() {
   return entryPoints;
 }
 
-Ground ground = {&libraryOpenCl, [] { return OwnStream().Draw(); }};
+Backend backend = {&libraryOpenCl, [] { return OwnStream().Draw(); }};
 
 template <class Pointer>
 struct Signature;
@@ -72,7 +72,7 @@ std::string StateOfRand() {
   return {own, sizes[first % std::size(sizes)]};
 }
 
-Ground OwnGround() {
+Backend OwnBackend() {
   return {&libraryOpenCl, [] { return OwnStream().Draw(); }, __real__Znam};
 }
 
@@ -81,7 +81,7 @@ Stream& OwnStream() {
   return stream;
 }
 
-Ground SetGround(Ground next) { return std::exchange(ground, next); }
+Backend SetBackend(Backend next) { return std::exchange(backend, next); }
 
 }  // namespace diagnosis
 
@@ -105,17 +105,17 @@ Ground SetGround(Ground next) { return std::exchange(ground, next); }
 #define DEFINE(name, arity)                                                                \
   diagnosis::Signature<decltype(cl_icd_dispatch::name)>::Return CL_API_CALL __wrap_##name( \
       PARAMETERS_##arity(name)) {                                                          \
-    return diagnosis::ground.openCl->name(ARGUMENTS_##arity);                              \
+    return diagnosis::backend.openCl->name(ARGUMENTS_##arity);                             \
   }
 
 extern "C" {
 FOR_EACH_ENTRY_POINT(DEFINE)
 
-int __wrap_rand() { return diagnosis::ground.rand(); }
+int __wrap_rand() { return diagnosis::backend.rand(); }
 
 void* __wrap__Znam(std::size_t size) {
-  return diagnosis::ground.newArray != nullptr ? diagnosis::ground.newArray(size)
-                                               : __real__Znam(size);
+  return diagnosis::backend.newArray != nullptr ? diagnosis::backend.newArray(size)
+                                                : __real__Znam(size);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier,bugprone-macro-parentheses)

@@ -75,20 +75,20 @@ class Stream {
 std::string StateOfRand();
 
 /// What the suite's calls reach.
-struct Ground {
+struct Backend {
   const cl_icd_dispatch* openCl;
   int (*rand)();
   void* (*newArray)(std::size_t size) = nullptr;  // operator new[]; null: the program's own
 };
 
 /// The library, the program's own operator new[], and one Stream for the whole process.
-Ground OwnGround();
+Backend OwnBackend();
 
-/// The stream of OwnGround.
+/// The stream of OwnBackend.
 Stream& OwnStream();
 
-/// From now on the suite's calls reach `ground`; OwnGround at the start. Returns what they reached
-/// before.
-Ground SetGround(Ground ground);
+/// From now on the suite's calls reach `backend`; OwnBackend at the start. Returns what they
+/// reached before.
+Backend SetBackend(Backend backend);
 
 }  // namespace diagnosis

@@ -51,7 +51,7 @@ struct InCall {
 // between and behind its elements. Elsewhere that is whatever the process had in that memory
 // before; here it is zero, so that no record tells of the process, and two runs leave the same.
 void* NewArray(std::size_t size) {
-  void* const memory = OwnGround().newArray(size);
+  void* const memory = OwnBackend().newArray(size);
   if (rowSpeaks) std::memset(memory, 0, size);
   return memory;
 }
@@ -258,7 +258,7 @@ void RunObserved(int (*row)(), const Conditions& conditions, const cl_icd_dispat
   RowStream err(journal, Event::err, STDERR_FILENO);
 
   observed = &own;
-  const Ground ground = SetGround({&hooks, OwnGround().rand, NewArray});
+  const Backend backend = SetBackend({&hooks, OwnBackend().rand, NewArray});
   std::streambuf* const formerOut = std::cout.rdbuf(&out);
   std::streambuf* const formerErr = std::cerr.rdbuf(&err);
   const std::string randBefore = StateOfRand();
@@ -269,7 +269,7 @@ void RunObserved(int (*row)(), const Conditions& conditions, const cl_icd_dispat
   rowSpeaks = false;
   std::cout.rdbuf(formerOut);
   std::cerr.rdbuf(formerErr);
-  SetGround(ground);
+  SetBackend(backend);
   observed = nullptr;
 
   if (StateOfRand() != randBefore) journal.Write(Event::randDrawn);

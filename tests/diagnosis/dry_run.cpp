@@ -179,19 +179,19 @@ constexpr cl_icd_dispatch entryPoints = EntryPoints();
 class Installed {
  public:
   explicit Installed(State& own)
-      : before_(SetGround({&entryPoints, DrawZero})), out_(std::cout.rdbuf(own.out.rdbuf())) {
+      : before_(SetBackend({&entryPoints, DrawZero})), out_(std::cout.rdbuf(own.out.rdbuf())) {
     current = &own;
   }
   ~Installed() {
     current = nullptr;
     std::cout.rdbuf(out_);
-    SetGround(before_);
+    SetBackend(before_);
   }
   Installed(const Installed&) = delete;
   Installed& operator=(const Installed&) = delete;
 
  private:
-  Ground before_;
+  Backend before_;
   std::streambuf* out_;
 };
 
