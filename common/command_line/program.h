@@ -32,8 +32,8 @@ struct Call {
 ///   const Command report = {"report", "Write a run as a page", AddTo, "triage report results"};
 ///
 /// What the callback throws is told in one line: text::BadUse ends with 2,
-/// text::NothingToRunOn with 3, text::CannotWrite with 4, any other exception with 1. What can be refused before a device is
-/// looked for belongs into app.parse_complete_callback.
+/// text::NothingToRunOn with 3, text::CannotWrite with 4, any other exception with 1. What can be
+/// refused before a device is looked for belongs into app.parse_complete_callback.
 struct Command {
   const char* name;
   const char* description;
