@@ -11,8 +11,8 @@ class BadUse : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// What was asked for is not written, or only in part: a full disk, a closed descriptor. The program
-/// says so in one line, and ends with 4.
+/// What was asked for is not written, or only in part: a full disk, a closed descriptor. The
+/// program says so in one line, and ends with 4.
 class CannotWrite : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -1,8 +1,8 @@
 #pragma once
 
-// Compiled into every file of a mutated tree. mutation::On(n) is whether the environment's MUTANT is n;
-// that it was asked is noted in the file that MUTANTS_REACHED names, a byte for each mutant, which several
-// processes share and which survives a kill.
+// Compiled into every file of a mutated tree. mutation::On(n) is whether the environment's MUTANT
+// is n; that it was asked is noted in the file that MUTANTS_REACHED names, a byte for each mutant,
+// which several processes share and which survives a kill.
 
 #include <fcntl.h>
 #include <sys/mman.h>

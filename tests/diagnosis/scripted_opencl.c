@@ -1,9 +1,9 @@
 /* An OpenCL for reproducers. It writes the name of each call on standard output as a line of its
  * own, "> NAME", and the program's text into the file that SCRIPTED_TEXT names. The call that
  * SCRIPTED_FAILURE names fails with -5. A read gives the bytes of the file that SCRIPTED_ANSWERS
- * names, and zeros behind them. The device's floats can do what SCRIPTED_FLOATS says in bits, and it
- * does not tell if that is not set. The first platform has no device, the second a GPU, or a processor
- * if SCRIPTED_PROCESSOR is set. */
+ * names, and zeros behind them. The device's floats can do what SCRIPTED_FLOATS says in bits, and
+ * it does not tell if that is not set. The first platform has no device, the second a GPU, or a
+ * processor if SCRIPTED_PROCESSOR is set. */
 
 #define CL_TARGET_OPENCL_VERSION 120
 #include <CL/cl.h>
