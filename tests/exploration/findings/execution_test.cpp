@@ -52,10 +52,13 @@ class Execution : public testing::Test {
     setenv("OCL_ICD_VENDORS", SIMULATED_DRIVER, 1);
     setenv("OPENCL_LAYERS", SIMULATED_GPU ":" BAD_DRIVER, 1);
     setenv("BAD_DRIVER", "none@nowhere", 1);
+    // A sanitizer in the worker leaves the driver's signals alone.
+    setenv("ASAN_OPTIONS", "handle_segv=0:handle_abort=0:detect_leaks=0", 1);
     options_.protocol = deviceRunner.protocol;
   }
   ~Execution() override {
-    for (const char* name : {"OCL_ICD_VENDORS", "OPENCL_LAYERS", "BAD_DRIVER", "COMPILERS_ONLY"})
+    for (const char* name :
+         {"OCL_ICD_VENDORS", "OPENCL_LAYERS", "BAD_DRIVER", "ASAN_OPTIONS", "COMPILERS_ONLY"})
       unsetenv(name);
   }
 
