@@ -93,10 +93,9 @@ cl_mem CL_API_CALL CreateBuffer(cl_context context, cl_mem_flags flags, size_t s
                                 cl_int* code) {
   constexpr cl_mem_flags fromHost = CL_MEM_USE_HOST_PTR | CL_MEM_COPY_HOST_PTR;
   void* const zeros = host == nullptr && (flags & fromHost) == 0 ? std::calloc(1, size) : nullptr;
-  cl_mem made =
-      zeros == nullptr
-          ? layer::below->clCreateBuffer(context, flags, size, host, code)
-          : layer::below->clCreateBuffer(context, flags | CL_MEM_COPY_HOST_PTR, size, zeros, code);
+  cl_mem made = zeros == nullptr ? layer::below->clCreateBuffer(context, flags, size, host, code)
+                                 : layer::below->clCreateBuffer(
+                                       context, flags | CL_MEM_COPY_HOST_PTR, size, zeros, code);
   std::free(zeros);
   return made;
 }
