@@ -19,13 +19,6 @@ struct CheckOptions {
   WorkOptions work;
 };
 
-// "no double" if the device lacks what the program needs.
-std::string MissingOn(const Device& device, const RunnableProgram& program) {
-  if (program.needsDouble && !device.hasDouble) return "not run: the device has no double";
-  if (program.needsHalf && !device.hasHalf) return "not run: the device has no half";
-  return "";
-}
-
 // In the order in which they were named, whatever the order in which they end.
 int Check(const CheckOptions& options) {
   std::vector<std::string> lines(options.names.size());

@@ -122,6 +122,12 @@ Candidate Drawn(const Name& name, const Options& options) {
   return {std::move(program), std::move(runnable)};
 }
 
+std::string MissingOn(const Device& device, const RunnableProgram& program) {
+  if (program.needsDouble && !device.hasDouble) return "not run: the device has no double";
+  if (program.needsHalf && !device.hasHalf) return "not run: the device has no half";
+  return "";
+}
+
 std::string NameOf(const Program& program) {
   return fmt::format("{}:{}", program.seed, program.number);
 }

@@ -49,6 +49,9 @@ std::string DrawingWords(const Options& options);
 /// The program of that name, which is valid.
 Candidate Drawn(const Name& name, const Options& options);
 
+/// "not run: the device has no double" if it lacks what the program needs; else empty.
+std::string MissingOn(const Device& device, const RunnableProgram& program);
+
 /// "1:17".
 std::string NameOf(const Program& program);
 

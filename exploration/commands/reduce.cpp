@@ -25,7 +25,12 @@ int Reduce(const ReduceOptions& options) {
   std::string told = fmt::format("{} was not run\n", name);
   bool isRight = false;
   CampaignListener listener;
-  listener.device = [](const Device&) {};
+  listener.device = [&](const Device& device) {
+    const std::string missing = MissingOn(device, drawn->runnable);
+    if (missing.empty()) return;
+    told = fmt::format("{}  {}\n", name, missing);
+    drawn.reset();
+  };
   listener.next = [&drawn] { return std::exchange(drawn, std::nullopt); };
   listener.ended = [&](const Candidate&, const Outcome& outcome) {
     isRight = outcome.kind == Outcome::Kind::right;
