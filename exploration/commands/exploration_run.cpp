@@ -96,7 +96,7 @@ class ExplorationRun {
   ExplorationRun& operator=(const ExplorationRun&) = delete;
 
   int Run() {
-    Write([this] { results_->Finish(run_); });
+    Write([this] { results_->Begin(run_); });
     CampaignListener listener;
     listener.device = [this](const Device& device) { Begin(device); };
     listener.next = [this] { return Next(); };
@@ -119,12 +119,12 @@ class ExplorationRun {
   // What cannot be written is told once. The run goes on, and all of it is still told.
   template <class Function>
   void Write(Function function) {
-    if (!results_ || cannotWrite_) return;
+    if (!results_ || !cannotWrite_.empty()) return;
     try {
       function();
     } catch (const text::CannotWrite& error) {
-      cannotWrite_ = true;
-      fmt::print(stderr, "explore: {}\n", text::PrintableLine(error.what(), 1000));
+      cannotWrite_ = text::PrintableLine(error.what(), 1000);
+      fmt::print(stderr, "explore: {}\n", cannotWrite_);
     }
   }
 
@@ -133,17 +133,12 @@ class ExplorationRun {
     start_ = Clock::now();
   }
 
-  bool IsForDevice(const RunnableProgram& program) const {
-    return (!program.needsDouble || run_.device.hasDouble) &&
-           (!program.needsHalf || run_.device.hasHalf);
-  }
-
   std::optional<Candidate> Next() {
     const bool isCounted = options_.programs != RunOptions().programs;
     while (isCounted ? begun_ < options_.programs : SecondsSince(start_) < options_.seconds) {
       Candidate drawn = Drawn({options_.seed, number_}, options_.drawing);
       number_ += options_.shards;
-      if (IsForDevice(drawn.runnable)) {
+      if (MissingOn(run_.device, drawn.runnable).empty()) {
         ++begun_;
         return drawn;
       }
@@ -208,19 +203,29 @@ class ExplorationRun {
 
   int Finish(const CampaignEnd& end) {
     run_.end = Now();
-    run_.ending = end.pool.kind == workers::PoolEnd::Kind::finished ? "finished" : end.pool.reason;
+    run_.ending = end.pool.kind == workers::PoolEnd::Kind::finished ? finished : end.pool.reason;
     Write([this] { results_->Finish(run_); });
+    if (!cannotWrite_.empty()) FinishIncomplete();
     RefuseNoDevice(end.pool);
     progress_.Print(TotalsOf(run_) + "\n");
-    if (cannotWrite_) return 4;
+    if (!cannotWrite_.empty()) return 4;
     if (end.pool.kind == workers::PoolEnd::Kind::interrupted) return 128 + end.pool.signal;
     return run_.wrong > 0 || run_.notRun > 0 ? 1 : 0;
+  }
+
+  // Where there is room again, the files say that they lack something. It has been told already.
+  void FinishIncomplete() {
+    run_.ending = cannotWrite_;
+    try {
+      results_->Finish(run_);
+    } catch (const text::CannotWrite&) {
+    }
   }
 
   const RunOptions& options_;
   RunRecord run_;
   std::optional<Results> results_;
-  bool cannotWrite_ = false;
+  std::string cannotWrite_;  // why, once something could not be written
   ProgressLine progress_;
   Clock::time_point start_ = Clock::now();
   std::uint64_t number_;

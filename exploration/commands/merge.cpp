@@ -1,16 +1,22 @@
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "common/command_line/options.h"
 #include "common/text/bad_use.h"
+#include "common/text/text.h"
 #include "common/text/whole_file.h"
 #include "exploration/commands/command.h"
 #include "exploration/record/run_record.h"
+#include "exploration/record/share.h"
 #include "exploration/views/results.h"
 
 namespace exploration {
@@ -30,20 +36,60 @@ std::string TextOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-int Merge(const MergeOptions& options) {
+// A run's folder, of which nothing is missing.
+struct Part {
+  std::string folder;
+  RunRecord run;
+  std::vector<Share> shares;
+  std::vector<std::string> findings;
+};
+
+Part PartIn(const std::string& folder) {
+  Part part;
+  part.folder = folder;
+  const std::string path = folder + "/run.json";
+  part.run = RunFromFile(path);
+  if (!part.run.IsFinished())
+    throw text::BadUse(fmt::format("{} is of a run that did not finish: {}", path,
+                                   text::PrintableLine(part.run.ending, 200)));
+  try {
+    part.shares = SharesOf(part.run);
+  } catch (const text::BadUse& error) {
+    throw text::BadUse(fmt::format("{} is not a run's: {}", path, error.what()));
+  }
+  part.findings = FindingLinesOf(part.run, folder + "/findings.jsonl");
+  return part;
+}
+
+// A program that is in both would be counted twice, and its name would mean two.
+void RefuseOverlap(const Part& one, const Part& other) {
+  std::error_code ignored;
+  if (fs::equivalent(one.folder, other.folder, ignored))
+    throw text::BadUse(fmt::format("{} and {} are the same folder", one.folder, other.folder));
+  for (const Share& share : one.shares)
+    for (const Share& same : other.shares)
+      if (Overlap(share, same))
+        throw text::BadUse(fmt::format("{} and {} have programs in common: {} and {}", one.folder,
+                                       other.folder, Told(share), Told(same)));
+}
+
+int Merge(const MergeOptions& options, const command_line::Call& call) {
+  std::vector<Part> parts;
   std::vector<RunRecord> runs;
   for (const std::string& folder : options.folders) {
     std::error_code ignored;
     if (fs::equivalent(folder, options.out, ignored))
       throw text::BadUse(folder + " cannot be merged into itself");
-    runs.push_back(RunFromFile(folder + "/run.json"));
+    Part part = PartIn(folder);
+    for (const Part& other : parts) RefuseOverlap(other, part);
+    runs.push_back(part.run);
+    parts.push_back(std::move(part));
   }
-  const RunRecord merged = Merged(runs);
+  RunRecord merged = Merged(runs);
+  merged.command = call.line;
   Results results(options.out, options.replace);
-  for (const std::string& folder : options.folders) {
-    std::ifstream findings(folder + "/findings.jsonl");
-    for (std::string line; std::getline(findings, line);) results.Append(line);
-  }
+  for (const Part& part : parts)
+    for (const std::string& line : part.findings) results.Append(line);
   for (const FaultRecord& fault : merged.faults) {
     // Those of the run that has found it first.
     for (std::size_t i = 0; i < runs.size(); ++i) {
@@ -71,7 +117,7 @@ void AddTo(CLI::App& app, command_line::Call& call) {
       ->check(command_line::NotEmpty());
   app.add_flag("--force", options->replace, "Replace results that are there");
   app.parse_complete_callback([options] { RefuseOldResults(options->out, options->replace); });
-  app.callback([options, &call] { call.status = Merge(*options); });
+  app.callback([options, &call] { call.status = Merge(*options, call); });
 }
 
 }  // namespace

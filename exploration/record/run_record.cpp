@@ -11,6 +11,7 @@
 
 #include "common/text/bad_use.h"
 #include "common/text/text.h"
+#include "exploration/record/share.h"
 
 namespace exploration {
 
@@ -125,14 +126,32 @@ RunRecord RunFromFile(const std::string& path) {
     return run;
   } catch (const text::BadUse&) {
     throw;
-  } catch (const std::exception& error) {
-    throw text::BadUse(
-        fmt::format("{} is not a run's: {}", path, text::PrintableLine(error.what(), 120)));
+  } catch (const json::parse_error&) {
+    throw text::BadUse(path + " is not a run's: it is cut off, or no JSON at all");
+  } catch (const std::exception&) {
+    throw text::BadUse(path + " is not a run's: it lacks what a run says, or says it otherwise");
   }
+}
+
+std::vector<std::string> FindingLinesOf(const RunRecord& run, const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw text::BadUse("cannot read " + path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line); lines.push_back(line)) {
+    const json value = json::parse(line, nullptr, false);
+    if (!value.is_object() || !value.contains("program"))
+      throw text::BadUse(
+          fmt::format("{}, line {}: it is cut off, or not a finding's", path, lines.size() + 1));
+  }
+  if (lines.size() != run.wrong)
+    throw text::BadUse(fmt::format("{} has {}, but {} programs of its run went wrong", path,
+                                   text::Counted(lines.size(), "finding"), run.wrong));
+  return lines;
 }
 
 RunRecord Merged(const std::vector<RunRecord>& runs) {
   RunRecord merged = runs.front();
+  merged.options = MergedOptions(runs);
   for (auto run = std::next(runs.begin()); run != runs.end(); ++run) {
     merged.start = std::min(merged.start, run->start);
     merged.end = std::max(merged.end, run->end);
@@ -143,7 +162,7 @@ RunRecord Merged(const std::vector<RunRecord>& runs) {
     merged.vanished += run->vanished;
     merged.open += run->open;
     merged.pairs.Add(run->pairs);
-    if (run->ending != "finished") merged.ending = run->ending;
+    if (!run->IsFinished()) merged.ending = run->ending;
     if (run->host != merged.host) merged.host += ", " + run->host;
     for (const FaultRecord& fault : run->faults) {
       const auto same = std::ranges::find_if(merged.faults, [&fault](const FaultRecord& other) {

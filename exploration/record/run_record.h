@@ -62,6 +62,9 @@ struct PairCounts {
   void Add(const PairCounts& other);
 };
 
+/// The ending of a run that came to its end.
+inline constexpr const char* finished = "finished";
+
 struct RunRecord {
   std::string version;
   std::string command;
@@ -80,6 +83,7 @@ struct RunRecord {
   PairCounts pairs;
   std::vector<FaultRecord> faults;
 
+  bool IsFinished() const { return ending == finished; }
   std::uint64_t Programs() const { return right + wrong + notRun; }
 };
 
@@ -87,10 +91,15 @@ struct RunRecord {
 std::string ToJson(const RunRecord& run);
 RunRecord RunFromFile(const std::string& path);
 
+/// The lines of a run's findings.jsonl, at `path`. Throws text::BadUse, which names the file, if
+/// they are not one for each of the run's findings.
+std::vector<std::string> FindingLinesOf(const RunRecord& run, const std::string& path);
+
 /// A line of JSON, whatever the driver has printed.
 std::string ToJsonLine(const FindingRecord& finding);
 
-/// The runs as one: programs are counted together, and what is the same fault is one.
+/// The runs as one: programs are counted together, and what is the same fault is one. Its options
+/// are those that they have in common.
 RunRecord Merged(const std::vector<RunRecord>& runs);
 
 /// "1500 programs: 1468 right, 32 wrong; 2 faults", and what else there is to say.

@@ -33,11 +33,25 @@ outputs::Case CaseOf(const FaultRecord& fault) {
   return one;
 }
 
+// That nothing else was found means nothing there.
+outputs::Case CaseOfEnding(const RunRecord& run) {
+  outputs::Case one;
+  one.name = "run";
+  one.group = "runs";
+  one.status = "not finished";
+  one.kind = outputs::Kind::error;
+  one.asExpected = false;
+  one.line = run.ending;
+  one.cause = run.ending;
+  return one;
+}
+
 }  // namespace
 
 std::string JUnitOf(const RunRecord& run) {
   std::vector<outputs::Case> cases;
   for (const FaultRecord& fault : run.faults) cases.push_back(CaseOf(fault));
+  if (!run.IsFinished()) cases.push_back(CaseOfEnding(run));
   if (cases.empty()) {
     outputs::Case none;
     none.name = "no_fault";

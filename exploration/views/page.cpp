@@ -163,7 +163,11 @@ std::string PageOf(const RunRecord& run) {
   for (const auto& [name, value] : run.options) facts.emplace_back(name, value);
   page::AddFacts(page.Header(), facts);
   const pugi::xml_node faults = page.AddSection("faults", "Faults");
-  if (run.faults.empty()) page::AddClassed(faults, "p", "lead", "No fault was found.");
+  if (!run.IsFinished())
+    page::AddClassed(faults, "p", "lead", fmt::format("The run did not finish: {}.", run.ending));
+  if (run.faults.empty())
+    page::AddClassed(faults, "p", "lead",
+                     run.IsFinished() ? "No fault was found." : "No fault was found before that.");
   for (const FaultRecord& fault : run.faults) AddFault(faults, fault);
   AddPairs(page, run.pairs);
   return page.Html();

@@ -32,6 +32,11 @@ void RemoveFaults(const std::string& folder) {
 }  // namespace
 
 void RefuseOldResults(const std::string& folder, bool replace) {
+  // A folder of ./triage has a run.json and a junit.xml, too, and would be left half its own.
+  std::error_code ignored;
+  if (fs::exists(folder + "/records.jsonl", ignored))
+    throw text::BadUse(fmt::format(
+        "there are results of another program in {} (records.jsonl); name another folder", folder));
   if (!replace) outputs::RefuseOld(folder, files);
 }
 
@@ -62,10 +67,13 @@ void Results::Add(const Fault& fault, const RunRecord& run, const std::string& d
   text::WriteWhole(folder + "/report.md", ReportOf(record, run, drawing));
 }
 
+void Results::Begin(const RunRecord& run) { folder_.Write("run.json", ToJson(run)); }
+
+// What others take for the whole result stands last.
 void Results::Finish(const RunRecord& run) {
   folder_.Write("run.json", ToJson(run));
-  folder_.Write("junit.xml", JUnitOf(run));
   folder_.Write("report.html", PageOf(run));
+  folder_.Write("junit.xml", JUnitOf(run));
 }
 
 }  // namespace exploration

@@ -7,7 +7,8 @@
 
 namespace exploration {
 
-/// Throws text::BadUse if there are results in the folder and they are not to be replaced.
+/// Throws text::BadUse if there are results in the folder and they are not to be replaced, or are
+/// none of this program's.
 void RefuseOldResults(const std::string& folder, bool replace);
 
 /// The files that a run leaves. What writes throws text::CannotWrite.
@@ -25,7 +26,10 @@ class Results {
   /// is drawn.
   void Add(const Fault& fault, const RunRecord& run, const std::string& drawing);
 
-  /// Writes what says all of the run: run.json, junit.xml and report.html.
+  /// Writes run.json. What is made of it is not there before the run has ended.
+  void Begin(const RunRecord& run);
+
+  /// Writes what says all of the run: run.json, report.html and junit.xml.
   void Finish(const RunRecord& run);
 
   /// The folder of a fault, which is made if need be.
