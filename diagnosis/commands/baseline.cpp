@@ -3,19 +3,15 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <string_view>
 
 #include "common/command_line/options.h"
 #include "common/text/text.h"
+#include "common/text/whole_file.h"
 #include "diagnosis/commands/command.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
@@ -35,18 +31,6 @@ std::string TextIn(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-// In one step: nobody reads half of it.
-void Replace(const std::string& path, const std::string& text) {
-  const std::string part = path + ".part";
-  std::ofstream file(part, std::ios::binary | std::ios::trunc);
-  file << text << std::flush;
-  file.close();
-  if (file && std::rename(part.c_str(), path.c_str()) == 0) return;
-  const std::string reason = std::strerror(errno);
-  std::remove(part.c_str());
-  throw std::runtime_error(fmt::format("cannot write {}: {}", path, reason));
-}
-
 void Update(const Options& options) {
   const bool isNew = !std::filesystem::exists(options.file);
   // Read once as every run reads it, for what there is to refuse.
@@ -57,7 +41,7 @@ void Update(const Options& options) {
   const Analysis analysis = AnalysisOf(run, expectations);
   const std::string before = isNew ? "test,status\n" : TextIn(options.file);
   const std::string after = Updated(before, analysis.rows);
-  if (isNew || after != before) Replace(options.file, after);
+  if (isNew || after != before) text::WriteWhole(options.file, after);
   command_line::Print(fmt::format("{}: {}\n", text::PrintableLine(options.file),
                                   after == before && !isNew ? "as it was" : "updated"));
 }

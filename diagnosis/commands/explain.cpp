@@ -13,6 +13,7 @@
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
+#include "diagnosis/verdict/account.h"
 #include "diagnosis/views/as_json.h"
 #include "harness/rows.h"
 
@@ -27,6 +28,13 @@ struct Options {
   RowsOptions pool;
 };
 
+// What the row came to in the run, in the ledger's words.
+std::string VerdictOn(const RowResult& row) {
+  const bool isOverruled = row.detail.empty() && row.verdict != row.status;
+  const std::string& words = isOverruled ? row.remark : row.detail;
+  return std::string(NameOf(row.verdict)) + (words.empty() ? "" : ": " + words);
+}
+
 void ExplainRows(const Options& options) {
   const std::vector<std::size_t> selected = Select(options.patterns);
   const bool named = !options.patterns.empty();
@@ -34,6 +42,7 @@ void ExplainRows(const Options& options) {
   const Run run = RunOf(named || !fromFolder ? selected : std::vector<std::size_t>(),
                         options.folder, options.pool);
   const Suspects suspects = AnalysisOf(run, {}).suspects;
+  const Analysis analysis = AnalysisOf(run, ExpectationsOf(run.info));
   const std::size_t mostOthers = options.allLanes ? std::numeric_limits<std::size_t>::max() : 40;
   std::string text;
   std::vector<Explanation> explanations;
@@ -46,7 +55,10 @@ void ExplainRows(const Options& options) {
       continue;
     }
     Explanation explanation = Explain(*record, run.info.device, suspects);
-    if (!named && explanation.category == Category::passedRight) continue;
+    const RowResult& result = *analysis.Find(record->row);
+    const bool isFlake = result.verdict == Status::flake;
+    if (!named && !isFlake && explanation.category == Category::passedRight) continue;
+    explanation.status = VerdictOn(result);
     if (options.json) {
       explanations.push_back(std::move(explanation));
       continue;
@@ -54,7 +66,11 @@ void ExplainRows(const Options& options) {
     if (!text.empty()) text += '\n';
     text += TextOf(explanation, mostOthers);
   }
-  if (text.empty() && notRun == nullptr) text = "All rows passed and are right.\n";
+  if (text.empty() && notRun == nullptr) {
+    const std::string incomplete = Incomplete(analysis.totals);
+    text = "All rows passed and are right" +
+           (incomplete.empty() ? "" : "; incomplete: " + incomplete) + ".\n";
+  }
   command_line::Print(options.json ? JsonOf(explanations) : text);
   if (notRun != nullptr) RefuseRowNotRun(*notRun, options.folder);
 }

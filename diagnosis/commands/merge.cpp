@@ -35,7 +35,8 @@ std::map<std::string, std::string> ConditionsOf(const RunInfo& info) {
       {"driver version", info.device.driverVersion},
       {"floats", std::to_string(info.device.singleFpConfig)},
       {"version of the suite", info.version}};
-  for (const char* option : {"seed", "build options", "local size", "strict", "strict flakes"}) {
+  for (const char* option :
+       {"seed", "build options", "local size", "repeat", "strict", "strict flakes"}) {
     const auto found = info.options.find(option);
     conditions[option] = found == info.options.end() ? "" : found->second;
   }

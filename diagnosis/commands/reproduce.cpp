@@ -4,15 +4,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 #include "common/command_line/options.h"
 #include "common/text/bad_use.h"
+#include "common/text/whole_file.h"
 #include "diagnosis/commands/command.h"
 #include "diagnosis/commands/not_run.h"
 #include "diagnosis/execution/run_now.h"
@@ -42,12 +39,10 @@ void WriteReproducer(const Options& options) {
     throw text::BadUse(fmt::format("{}: {}, so there is nothing to reproduce; --anyway writes it",
                                    options.row, TraitsOf(category).name));
   const bool isPrinted = options.file.empty() || options.file == "-";
-  const std::string text = ReproducerOf(*record, run.info.device, analysis.suspects,
-                                        isPrinted ? std::string() : options.file);
-  if (isPrinted) return command_line::Print(text);
-  std::ofstream file(options.file, std::ios::binary);
-  file << text << std::flush;
-  if (!file) throw std::runtime_error("cannot write " + options.file + ": " + std::strerror(errno));
+  const std::string program = ReproducerOf(*record, run.info.device, analysis.suspects,
+                                           isPrinted ? std::string() : options.file);
+  if (isPrinted) return command_line::Print(program);
+  text::WriteWhole(options.file, program);
 }
 
 void AddTo(CLI::App& app, command_line::Call& call) {

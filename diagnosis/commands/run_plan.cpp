@@ -76,15 +76,29 @@ void TakeRest(const RunInfo& info, RunOptions& options) {
   options.strict = expectations.strict;
   options.flakesFail = expectations.flakesFail;
   options.baselineFile = OptionOf(info, "baseline");
-  options.repeat = std::max(1, NumberOf(info, "repeat", 1));
+  options.repeat = static_cast<int>(RunsOfEach(info));
   if (!OptionOf(info, "shuffle").empty())
     options.shuffle = NumberOf(info, "shuffle", std::uint64_t{0});
+}
+
+/// A row that the earlier run never had has not passed there.
+void RefuseRowsNotIn(const Run& run, const RunOptions& options,
+                     const std::vector<std::string>& selected) {
+  const auto isIn = [&run](const std::string& row) {
+    return std::ranges::find(run.records, row, &Record::row) != run.records.end();
+  };
+  for (const std::string& row : options.patterns)
+    if (std::ranges::find(selected, row) != selected.end() && !isIn(row))
+      throw text::BadUse(options.rerun + " has no record of " + row);
+  if (std::ranges::none_of(selected, isIn))
+    throw text::BadUse(options.rerun + " has no record of any of these rows");
 }
 
 std::vector<std::string> SelectedBy(const RunOptions& options, const Run* failed) {
   std::vector<std::string> selected;
   for (const std::size_t row : Select(options.patterns)) selected.emplace_back(rows[row].name);
   if (failed != nullptr) {
+    RefuseRowsNotIn(*failed, options, selected);
     const std::vector<std::string> wanted = DidNotPass(*failed);
     std::erase_if(selected, [&wanted](const std::string& row) {
       return std::ranges::find(wanted, row) == wanted.end();
@@ -151,8 +165,7 @@ std::vector<RowJob> JobsOf(const Run& run, const RunOptions& options) {
   for (std::size_t pass = 0; pass < static_cast<std::size_t>(options.repeat); ++pass) {
     for (const Record& record : run.records) {
       if (record.ending.kind == Ending::Kind::skipped) continue;
-      const bool isRun = record.ending.kind != Ending::Kind::notRun;
-      if (pass < (isRun ? 1 + record.again.size() : 0)) continue;
+      if (pass < RunsOf(record)) continue;
       RowJob& job = jobs.emplace_back();
       job.row = RowCalled(record.row);
       job.buildOptions = options.buildOptions;

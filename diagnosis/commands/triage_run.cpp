@@ -249,7 +249,9 @@ class TriageRun {
 
   void Tell(std::size_t place, bool again) {
     slots_[place].isOver = !again;
-    const outputs::Case one = CaseOf(*slots_[place].result);
+    outputs::Case one = CaseOf(*slots_[place].result);
+    if (!again)
+      TakeAsCutShort(one, *slots_[place].result, static_cast<std::size_t>(plan_.runsOfEach));
     Report([&one, again](outputs::Reporter& reporter) { reporter.Ended(one, again); });
   }
 

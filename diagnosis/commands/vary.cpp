@@ -1,6 +1,7 @@
 #include "diagnosis/views/vary.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "common/text/configuration_lines.h"
 #include "common/text/text.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/commands/not_run.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/record/select.h"
 
@@ -86,6 +88,8 @@ void RunVariations(const Options& options) {
       together.records.push_back(std::move(records[row]));
   }
   command_line::Print(TableOfVariations(all, together));
+  const auto notRun = std::ranges::find_if_not(together.records, WasRun);
+  if (notRun != together.records.end()) RefuseRowNotRun(*notRun, "");
 }
 
 // "NAME=VALUE"; the value may be empty.

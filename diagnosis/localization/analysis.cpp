@@ -1,6 +1,7 @@
 #include "diagnosis/localization/analysis.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace diagnosis {
@@ -20,10 +21,18 @@ Analysis AnalysisOf(const Run& run, const Expectations& expectations) {
 }
 
 Analysis AnalysisOf(const Run& run, std::vector<RowResult> rows, bool isStrict) {
-  Analysis analysis{&run, std::move(rows), {}, {}, isStrict};
-  analysis.totals = TotalsOf(analysis.rows);
+  Analysis analysis{&run, std::move(rows), {}, {}, isStrict, RunsOfEach(run.info)};
+  analysis.totals = TotalsOf(analysis.rows, analysis.runsOfEach);
   analysis.suspects = SuspectsOf(analysis.rows, run.info.device);
   return analysis;
+}
+
+std::size_t RunsOfEach(const RunInfo& info) {
+  const auto found = info.options.find("repeat");
+  int runs = 1;
+  if (found != info.options.end())
+    std::from_chars(found->second.data(), found->second.data() + found->second.size(), runs);
+  return static_cast<std::size_t>(std::max(1, runs));
 }
 
 Expectations ExpectationsOf(const RunInfo& info) {

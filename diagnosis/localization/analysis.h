@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -16,7 +17,8 @@ struct Analysis {
   std::vector<RowResult> rows;  // one for each record, in the order of the run
   Totals totals;
   Suspects suspects;
-  bool isStrict = false;  // whether the second opinion judged
+  bool isStrict = false;       // whether the second opinion judged
+  std::size_t runsOfEach = 1;  // of the rows, as the run was to make them
 
   /// The row of that name, or null.
   const RowResult* Find(std::string_view row) const;
@@ -26,6 +28,9 @@ Analysis AnalysisOf(const Run& run, const Expectations& expectations);
 
 /// The same where `rows` are known already, one for each record in their order.
 Analysis AnalysisOf(const Run& run, std::vector<RowResult> rows, bool isStrict);
+
+/// How often the run was to run each row, as it says itself.
+std::size_t RunsOfEach(const RunInfo& info);
 
 /// What the run itself says was expected of it.
 Expectations ExpectationsOf(const RunInfo& info);

@@ -104,8 +104,13 @@ std::string SentenceOf(const Totals& totals) {
 }
 
 std::string Incomplete(const Totals& totals) {
-  if (totals.reached == totals.rows) return "";
-  return fmt::format("{} of {}", totals.reached, text::Counted(totals.rows, "row"));
+  std::string text;
+  if (totals.reached < totals.rows)
+    text = fmt::format("{} of {}", totals.reached, text::Counted(totals.rows, "row"));
+  if (totals.cutShort > 0)
+    text += fmt::format("{}{} of {}", text.empty() ? "" : " and ", totals.runs,
+                        text::Counted(totals.runsWanted, "run"));
+  return text;
 }
 
 }  // namespace diagnosis

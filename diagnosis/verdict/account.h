@@ -15,7 +15,8 @@ std::string LedgerOf(const std::vector<RowResult>& rows);
 /// passed.", "2 of 6 rows did not pass; incomplete: 4 of 6 rows."
 std::string SentenceOf(const Totals& totals);
 
-/// "97 of 210 rows" of a run that did not reach all; else nothing.
+/// "97 of 210 rows" of a run that did not reach all, "5 of 20 runs" where rows were to be run more
+/// often than they were, or both; else nothing.
 std::string Incomplete(const Totals& totals);
 
 }  // namespace diagnosis

@@ -156,11 +156,29 @@ Status ToExpect(Status verdict) {
   return verdict;
 }
 
-Totals TotalsOf(const std::vector<RowResult>& rows) {
+std::size_t RunsOf(const Record& record) {
+  const auto isRun = [](const Record& run) {
+    return run.ending.kind != Ending::Kind::notRun && run.ending.kind != Ending::Kind::skipped;
+  };
+  return (isRun(record) ? 1U : 0U) +
+         static_cast<std::size_t>(std::ranges::count_if(record.again, isRun));
+}
+
+bool IsCutShort(const Record& record, std::size_t runsOfEach) {
+  const std::size_t runs = RunsOf(record);
+  return runs > 0 && runs < runsOfEach;
+}
+
+Totals TotalsOf(const std::vector<RowResult>& rows, std::size_t runsOfEach) {
   Totals totals;
   for (const RowResult& row : rows) {
     ++totals.rows;
     if (row.record->ending.kind != Ending::Kind::notRun) ++totals.reached;
+    if (IsCutShort(*row.record, runsOfEach)) ++totals.cutShort;
+    if (row.record->ending.kind != Ending::Kind::skipped) {
+      totals.runs += RunsOf(*row.record);
+      totals.runsWanted += runsOfEach;
+    }
     if (row.asExpected) ++totals.asExpected;
     ++totals.byVerdict.at(static_cast<std::size_t>(row.verdict));
     ++totals.byCategory.at(static_cast<std::size_t>(row.category));

@@ -55,10 +55,19 @@ void TakeLastRun(RowResult& row, const Device& device, const Expectations& expec
 /// that of an expected Fail is Fail.
 Status ToExpect(Status verdict);
 
+/// How often the row was run; 0 if it was never reached, or is skipped.
+std::size_t RunsOf(const Record& record);
+
+/// Whether the row was run, but not `runsOfEach` times.
+bool IsCutShort(const Record& record, std::size_t runsOfEach);
+
 /// How many rows of a run came to what.
 struct Totals {
   std::size_t rows = 0;
   std::size_t reached = 0;
+  std::size_t cutShort = 0;    // rows that were run, but not as often as wanted
+  std::size_t runs = 0;        // of rows that are not skipped
+  std::size_t runsWanted = 0;  // of the same
   std::size_t asExpected = 0;
   std::array<std::size_t, statuses> byVerdict{};
   std::array<std::size_t, categories.size()> byCategory{};
@@ -69,6 +78,6 @@ struct Totals {
   }
 };
 
-Totals TotalsOf(const std::vector<RowResult>& rows);
+Totals TotalsOf(const std::vector<RowResult>& rows, std::size_t runsOfEach = 1);
 
 }  // namespace diagnosis

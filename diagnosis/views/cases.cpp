@@ -1,5 +1,7 @@
 #include "diagnosis/views/cases.h"
 
+#include <fmt/format.h>
+
 #include <array>
 
 namespace diagnosis {
@@ -47,6 +49,15 @@ outputs::Case FullCaseOf(const RowResult& row) {
   one.err = record.err;
   if (!record.driver.empty()) one.err += "What the driver wrote:\n" + record.driver;
   return one;
+}
+
+void TakeAsCutShort(outputs::Case& one, const RowResult& row, std::size_t runsOfEach) {
+  if (!one.asExpected || !IsCutShort(*row.record, runsOfEach)) return;
+  const std::string before = one.line.empty() ? "" : "; " + one.status + ": " + one.line;
+  one.line = fmt::format("incomplete: {} of {} runs{}", RunsOf(*row.record), runsOfEach, before);
+  one.status = NameOf(Status::missing);
+  one.kind = outputs::Kind::error;
+  one.asExpected = false;
 }
 
 }  // namespace diagnosis

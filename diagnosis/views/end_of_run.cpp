@@ -22,7 +22,8 @@ outputs::Summary EndOfRun(const Analysis& analysis) {
   outputs::Summary summary;
   summary.table = LedgerOf(analysis.rows);
   summary.result = SentenceOf(analysis.totals);
-  summary.isGood = analysis.totals.asExpected == analysis.totals.rows;
+  summary.isGood =
+      analysis.totals.asExpected == analysis.totals.rows && analysis.totals.cutShort == 0;
   for (const auto remark : remarks) summary.remarks += remark(analysis);
   return summary;
 }

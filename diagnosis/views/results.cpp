@@ -63,7 +63,8 @@ std::string JUnitOfRun(const Analysis& analysis) {
   for (const RunFact& fact : FactsOf(info))
     if (!fact.value.empty()) suite.properties.emplace_back(fact.name, fact.value);
   std::vector<outputs::Case> cases;
-  for (const RowResult& row : analysis.rows) cases.push_back(FullCaseOf(row));
+  for (const RowResult& row : analysis.rows)
+    TakeAsCutShort(cases.emplace_back(FullCaseOf(row)), row, analysis.runsOfEach);
   return outputs::JUnitOf(suite, cases);
 }
 

@@ -36,17 +36,28 @@ constexpr BuiltIn builtIn[] = {
 
 bool IsGood(const RowResult& seen) { return seen.category == Category::passedRight; }
 
+// Of what was not reached nothing is known.
+bool IsRun(const RowResult& seen) { return seen.status != Status::missing; }
+
 // What a driver's maker asks first: does it go away?
 std::string VerdictOn(const std::vector<Variation>& variations,
                       const std::vector<RowResult>& seen) {
+  if (std::ranges::none_of(seen, IsRun)) return "was not run";
+  if (!IsRun(seen[0])) return "was not run as it is";
   std::string names;
+  std::string notRun;
   for (std::size_t i = 1; i < variations.size(); ++i) {
-    if (IsGood(seen[i]) == IsGood(seen[0])) continue;
-    names += names.empty() ? "" : ", ";
-    names += variations[i].name;
+    if (IsRun(seen[i]) && IsGood(seen[i]) == IsGood(seen[0])) continue;
+    std::string& list = IsRun(seen[i]) ? names : notRun;
+    list += list.empty() ? "" : ", ";
+    list += variations[i].name;
   }
-  if (IsGood(seen[0])) return names.empty() ? "right in all of them" : "goes wrong with: " + names;
-  return names.empty() ? "stays in all of them" : "goes away with: " + names;
+  const bool isGood = IsGood(seen[0]);
+  std::string verdict = isGood ? "goes wrong with: " + names : "goes away with: " + names;
+  if (names.empty())
+    verdict = fmt::format("{} in {}", isGood ? "right" : "stays",
+                          notRun.empty() ? "all of them" : "all that were run");
+  return notRun.empty() ? verdict : verdict + "; not run with: " + notRun;
 }
 
 }  // namespace

@@ -137,5 +137,36 @@ TEST(Account, SaysInOneSentenceWhatARunComesTo) {
   }
 }
 
+// The runs of two rows, each of which was to be run three times.
+TEST(Account, CountsRunsThatWereNotMade) {
+  using Runs = std::vector<Status>;
+  const Status pass = Status::pass;
+  const Status missing = Status::missing;
+  struct {
+    Runs one;
+    Runs other;
+    const char* sentence;
+  } const cases[] = {
+      {{pass, pass, pass}, {pass, pass, pass}, "Both rows passed."},
+      {{pass, pass, pass}, {pass, pass}, "Both rows passed; incomplete: 5 of 6 runs."},
+      {{pass, missing, missing}, {pass, pass}, "Both rows passed; incomplete: 3 of 6 runs."},
+      {{pass}, {missing}, "1 of 2 rows did not pass; incomplete: 1 of 2 rows and 1 of 6 runs."},
+      {{pass, pass, pass}, {missing}, "1 of 2 rows did not pass; incomplete: 1 of 2 rows."},
+      {{pass}, {Status::skip}, "Both rows ended as expected; incomplete: 1 of 3 runs."},
+      {{pass, pass, pass}, {Status::skip}, "Both rows ended as expected."},
+  };
+  for (const auto& c : cases) {
+    std::vector<Record> records;
+    for (const Runs& runs : {c.one, c.other}) {
+      const std::string name = "add_union_scalar_" + std::to_string(records.size() + 1);
+      Record& record = records.emplace_back(MadeUp(name, runs.front()));
+      for (std::size_t i = 1; i < runs.size(); ++i) record.again.push_back(MadeUp(name, runs[i]));
+    }
+    std::vector<RowResult> results;
+    for (const Record& record : records) results.push_back(ResultOf(record, {}, {}));
+    EXPECT_EQ(SentenceOf(TotalsOf(results, 3)), c.sentence);
+  }
+}
+
 }  // namespace
 }  // namespace diagnosis

@@ -85,5 +85,28 @@ TEST(Vary, SaysWhetherItGoesAway) {
       TableWith([](const Variation&) { return Right(); }).ends_with("\n  right in all of them\n"));
 }
 
+TEST(Vary, TakesWhatWasNotRunForNothingElse) {
+  Record notRun;
+  notRun.row = "copy_union_scalar_1";
+  struct {
+    Record asItIs;
+    Record alone;   // with a local size of 1
+    Record others;  // with all else
+    const char* verdict;
+  } const cases[] = {
+      {notRun, notRun, notRun, "was not run"},
+      {notRun, Right(), Right(), "was not run as it is"},
+      {Wrong(), notRun, Wrong(), "stays in all that were run; not run with: local size 1"},
+      {Right(), notRun, Right(), "right in all that were run; not run with: local size 1"},
+  };
+  for (const auto& c : cases) {
+    const std::string table = TableWith([&c](const Variation& variation) {
+      if (variation.name == "as it is") return c.asItIs;
+      return variation.localSize == 1 ? c.alone : c.others;
+    });
+    EXPECT_TRUE(table.ends_with(std::string("\n  ") + c.verdict + "\n")) << table;
+  }
+}
+
 }  // namespace
 }  // namespace diagnosis
