@@ -58,7 +58,8 @@ TEST_F(Jobs, EndAsTheirRunnersDo) {
       EXPECT_EQ(answer.printed, expected.printed);
       EXPECT_EQ(answer.reason, expected.reason);
       if (expected.ending == Ending::timedOut) {
-        EXPECT_GE(answer.seconds, 0.3);
+        // The loop's own clock counts milliseconds, and may be one ahead.
+        EXPECT_GE(answer.seconds, 0.29);
       }
     }
   }
