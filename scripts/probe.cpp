@@ -46,20 +46,6 @@ void GiveUp(int /*signal*/) {
   _exit(written == static_cast<ssize_t>(bytes.size()) ? status : 3);
 }
 
-// A text that a driver gives, on one line.
-template <class Handle>
-std::string Text(cl_int(CL_API_CALL* query)(Handle, cl_uint, std::size_t, void*, std::size_t*),
-                 Handle handle, cl_uint name) {
-  std::size_t size = 0;
-  if (query(handle, name, 0, nullptr, &size) != CL_SUCCESS) return "?";
-  std::string text(size, '\0');
-  if (query(handle, name, size, text.data(), nullptr) != CL_SUCCESS) return "?";
-  text.resize(text.find_last_not_of(std::string_view(" \n\0", 3)) + 1);
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < ' ') c = ' ';
-  return text.empty() ? "?" : text;
-}
-
 [[noreturn]] void AnswerAll() {
   std::string lines;
   for (const devices::Listed& device : devices::Here()) {
@@ -94,7 +80,7 @@ int main(int argc, char** argv) {
   cl_device_id device = nullptr;
   if (clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 1, &device, nullptr) != CL_SUCCESS)
     Answer(1, "no GPU device");
-  Answer(0, Text(clGetPlatformInfo, platform, CL_PLATFORM_NAME) + ", " +
-                Text(clGetDeviceInfo, device, CL_DEVICE_NAME) + ", driver version " +
-                Text(clGetDeviceInfo, device, CL_DRIVER_VERSION));
+  Answer(0, devices::TextOf(platform, CL_PLATFORM_NAME) + ", " +
+                devices::TextOf(device, CL_DEVICE_NAME) + ", driver version " +
+                devices::TextOf(device, CL_DRIVER_VERSION));
 }

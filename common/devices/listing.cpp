@@ -1,14 +1,11 @@
 #include "common/devices/listing.h"
 
-#include <CL/cl.h>
-
 #include <sstream>
 #include <string_view>
 
 namespace devices {
 namespace {
 
-// A text that a driver gives, on one line.
 template <class Handle>
 std::string Text(cl_int(CL_API_CALL* query)(Handle, cl_uint, std::size_t, void*, std::size_t*),
                  Handle handle, cl_uint name) {
@@ -51,15 +48,23 @@ Listed Told(cl_platform_id platform, cl_device_id device) {
   while (named->type != 0 && (named->type & type) == 0) ++named;
   Listed told;
   told.type = named->name;
-  told.platform = Text(clGetPlatformInfo, platform, CL_PLATFORM_NAME);
-  told.name = Text(clGetDeviceInfo, device, CL_DEVICE_NAME);
-  told.version = Text(clGetDeviceInfo, device, CL_DEVICE_VERSION);
-  told.driverVersion = Text(clGetDeviceInfo, device, CL_DRIVER_VERSION);
+  told.platform = TextOf(platform, CL_PLATFORM_NAME);
+  told.name = TextOf(device, CL_DEVICE_NAME);
+  told.version = TextOf(device, CL_DEVICE_VERSION);
+  told.driverVersion = TextOf(device, CL_DRIVER_VERSION);
   told.obstacle = ObstacleOf(device);
   return told;
 }
 
 }  // namespace
+
+std::string TextOf(cl_platform_id platform, cl_platform_info name) {
+  return Text(clGetPlatformInfo, platform, name);
+}
+
+std::string TextOf(cl_device_id device, cl_device_info name) {
+  return Text(clGetDeviceInfo, device, name);
+}
 
 std::vector<Listed> Here() {
   cl_uint count = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <CL/cl.h>
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -24,6 +26,10 @@ inline constexpr char notAGpu[] = "not a GPU";
 
 /// Asks the drivers, in this process, which a driver can end or hang.
 std::vector<Listed> Here();
+
+/// A text that a driver gives of a platform or of a device, on one line; "?" if it gives none.
+std::string TextOf(cl_platform_id platform, cl_platform_info name);
+std::string TextOf(cl_device_id device, cl_device_info name);
 
 /// A device as a line without its end: its fields with tabs between, "-" for no obstacle.
 std::string LineOf(const Listed& device);
