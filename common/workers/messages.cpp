@@ -1,22 +1,13 @@
 #include "common/workers/messages.h"
 
-#include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <vector>
+
+#include "common/workers/cbor.h"
 
 namespace workers {
 namespace {
 
 using nlohmann::json;
-
-json Binary(std::string_view bytes) {
-  return json::binary(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
-}
-
-std::string Text(const json& binary) {
-  const json::binary_t& bytes = binary.get_binary();
-  return {bytes.begin(), bytes.end()};
-}
 
 template <class Enumeration>
 Enumeration KindOf(const json& number, Enumeration last) {
@@ -24,17 +15,6 @@ Enumeration KindOf(const json& number, Enumeration last) {
   if (kind < 0 || kind > static_cast<int>(last))
     throw std::runtime_error("a message that cannot be understood");
   return static_cast<Enumeration>(kind);
-}
-
-// Runs `read` over the message. What nlohmann-json has to say of a bad one is no line for a person.
-template <class Read>
-auto From(std::string_view bytes, Read read) {
-  try {
-    const json message = json::from_cbor(bytes);
-    return read(message, message.at("kind").get<std::string>());
-  } catch (const json::exception&) {
-    throw std::runtime_error("a message that cannot be understood");
-  }
 }
 
 json ToJson(const Task& task) {
@@ -81,24 +61,19 @@ Ended EndedFrom(const json& message) {
   return ended;
 }
 
-std::string Pack(const json& message) {
-  std::string packed;
-  json::to_cbor(message, packed);
-  return packed;
-}
-
 }  // namespace
 
 std::string Packed(const Order& order) {
-  return std::visit([](const auto& message) { return Pack(ToJson(message)); }, order);
+  return std::visit([](const auto& message) { return Cbor(ToJson(message)); }, order);
 }
 
 std::string Packed(const Report& report) {
-  return std::visit([](const auto& message) { return Pack(ToJson(message)); }, report);
+  return std::visit([](const auto& message) { return Cbor(ToJson(message)); }, report);
 }
 
 Order OrderFrom(std::string_view bytes) {
-  return From(bytes, [](const json& message, const std::string& kind) -> Order {
+  return FromCbor(bytes, [](const json& message) -> Order {
+    const std::string kind = message.at("kind");
     if (kind == "task")
       return Task{.bytes = Text(message.at("bytes")), .freshRunner = message.at("freshRunner")};
     if (kind == "giveUp") return GiveUp{.phase = message.at("phase")};
@@ -108,7 +83,8 @@ Order OrderFrom(std::string_view bytes) {
 }
 
 Report ReportFrom(std::string_view bytes) {
-  return From(bytes, [](const json& message, const std::string& kind) -> Report {
+  return FromCbor(bytes, [](const json& message) -> Report {
+    const std::string kind = message.at("kind");
     if (kind == "phase")
       return Phase{.kind = KindOf(message.at("phase"), Phase::Kind::ending),
                    .number = message.at("number")};

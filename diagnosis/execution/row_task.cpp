@@ -1,43 +1,17 @@
 #include "diagnosis/execution/row_task.h"
 
-#include <nlohmann/json.hpp>
-#include <stdexcept>
-#include <vector>
+#include "common/workers/cbor.h"
 
 namespace diagnosis {
-namespace {
 
 using nlohmann::json;
-
-json Binary(std::string_view bytes) {
-  return json::binary(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
-}
-
-std::string Text(const json& binary) {
-  const json::binary_t& bytes = binary.get_binary();
-  return {bytes.begin(), bytes.end()};
-}
-
-std::string Pack(const json& message) {
-  std::string packed;
-  json::to_cbor(message, packed);
-  return packed;
-}
-
-// Runs `read` over the message. What nlohmann-json has to say of a bad one is no line for a person.
-template <class Read>
-auto From(std::string_view bytes, Read read) {
-  try {
-    return read(json::from_cbor(bytes));
-  } catch (const json::exception&) {
-    throw std::runtime_error("a message that cannot be understood");
-  }
-}
-
-}  // namespace
+using workers::Binary;
+using workers::Cbor;
+using workers::FromCbor;
+using workers::Text;
 
 std::string Packed(const RowTask& task) {
-  return Pack({{"row", task.row},
+  return Cbor({{"row", task.row},
                {"seed", task.conditions.seed},
                {"drawsBefore", task.conditions.drawsBefore},
                {"stride", task.conditions.stride},
@@ -47,7 +21,7 @@ std::string Packed(const RowTask& task) {
 }
 
 std::string Packed(const Device& device) {
-  return Pack({{"platform", Binary(device.platform)},
+  return Cbor({{"platform", Binary(device.platform)},
                {"name", Binary(device.name)},
                {"vendor", Binary(device.vendor)},
                {"version", Binary(device.version)},
@@ -56,7 +30,7 @@ std::string Packed(const Device& device) {
 }
 
 RowTask RowTaskFrom(std::string_view bytes) {
-  return From(bytes, [](const json& message) -> RowTask {
+  return FromCbor(bytes, [](const json& message) -> RowTask {
     return {.row = message.at("row"),
             .conditions = {.seed = message.at("seed"),
                            .drawsBefore = message.at("drawsBefore"),
@@ -68,7 +42,7 @@ RowTask RowTaskFrom(std::string_view bytes) {
 }
 
 Device DeviceFrom(std::string_view bytes) {
-  return From(bytes, [](const json& message) -> Device {
+  return FromCbor(bytes, [](const json& message) -> Device {
     return {.platform = Text(message.at("platform")),
             .name = Text(message.at("name")),
             .vendor = Text(message.at("vendor")),
