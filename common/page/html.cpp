@@ -27,7 +27,8 @@ struct Count : pugi::xml_writer {
 };
 
 struct Text : pugi::xml_writer {
-  std::string text;
+  std::string& text;
+  explicit Text(std::string& to) : text(to) {}
   void write(const void* data, std::size_t size) override {
     text.append(static_cast<const char*>(data), size);
   }
@@ -64,12 +65,11 @@ std::size_t SizeOf(pugi::xml_node element) {
   return count.bytes;
 }
 
-std::string HtmlOf(pugi::xml_document& document) {
+void AppendHtml(std::string& text, pugi::xml_node tree) {
   EndTags endTags;
-  document.traverse(endTags);
-  Text page;
-  document.print(page, "", format, pugi::encoding_utf8);
-  return page.text + '\n';
+  tree.traverse(endTags);
+  Text writer(text);
+  tree.print(writer, "", format, pugi::encoding_utf8);
 }
 
 }  // namespace page

@@ -28,7 +28,7 @@ pugi::xml_node Set(pugi::xml_node element, const char* name, std::string_view va
 /// How many bytes the element takes on the page.
 std::size_t SizeOf(pugi::xml_node element);
 
-/// The tree as HTML, from its doctype on.
-std::string HtmlOf(pugi::xml_document& document);
+/// Adds the tree as HTML to the text: a document's from its doctype on, without a line's end.
+void AppendHtml(std::string& text, pugi::xml_node tree);
 
 }  // namespace page

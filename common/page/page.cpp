@@ -2,10 +2,21 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "common/page/html.h"
 #include "common/page/parts.h"
 
 namespace page {
+
+namespace {
+
+constexpr const char* placeOfFinished = "finished";
+
+// Where the text grows, that it has grown before takes room too. What is not used is never touched.
+constexpr std::size_t roomForPage = std::size_t{16} << 20;
+
+}  // namespace
 
 Page::Page(std::string_view kicker, std::string_view title, std::string_view program) {
   document_.append_child(pugi::node_doctype).set_value("html");
@@ -36,6 +47,28 @@ pugi::xml_node Page::AddSection(const char* id, std::string_view title) {
   return section;
 }
 
-std::string Page::Html() { return HtmlOf(document_); }
+void Page::Finish(pugi::xml_node element) {
+  pugi::xml_node parent = element.parent();
+  if (!finishedHere_) {
+    finishedHere_ = parent.insert_child_before(pugi::node_comment, element);
+    finishedHere_.set_value(placeOfFinished);
+    finished_.reserve(roomForPage);
+  }
+  AppendHtml(finished_, element);
+  parent.remove_child(element);
+}
+
+std::string Page::Html() {
+  std::string rest;
+  AppendHtml(rest, document_);
+  rest += '\n';
+  if (!finishedHere_) return rest;
+  // No text of a page can be a comment: what is one is escaped.
+  const std::string comment = fmt::format("<!--{}-->", placeOfFinished);
+  const std::size_t place = rest.find(comment);
+  finished_.append(rest, place + comment.size());
+  finished_.insert(0, rest, 0, place);
+  return std::move(finished_);
+}
 
 }  // namespace page

@@ -20,6 +20,10 @@ class Page {
   /// A section with its heading, and its line in the page's contents.
   pugi::xml_node AddSection(const char* id, std::string_view title);
 
+  /// Takes the element, to which nothing is added any more, out of the tree and keeps its HTML,
+  /// which has a fraction of the size. All that are taken are neighbours, in their order.
+  void Finish(pugi::xml_node element);
+
   /// The page as HTML, from its doctype on. Nothing is added behind this.
   std::string Html();
 
@@ -28,6 +32,8 @@ class Page {
   pugi::xml_node header_;
   pugi::xml_node contents_;
   pugi::xml_node main_;
+  pugi::xml_node finishedHere_;  // a comment in the place of what is finished
+  std::string finished_;
 };
 
 }  // namespace page

@@ -44,7 +44,7 @@ void AddRun(page::Page& page, const Analysis& analysis) {
   const bool allRight = std::ranges::none_of(analysis.rows, HasArticle);
   for (const Section* section : allSections) {
     if (!section->isOfFaults || !allRight)
-      section->add(page.AddSection(section->id, section->title), analysis);
+      section->add(page, page.AddSection(section->id, section->title), analysis);
   }
 }
 

@@ -124,7 +124,7 @@ std::string_view Allowed(std::string_view operation) {
   return "both allow 0";
 }
 
-void AddMatrix(pugi::xml_node section, const Analysis& analysis) {
+void AddMatrix(page::Page&, pugi::xml_node section, const Analysis& analysis) {
   AddClassed(
       section, "p", "lead",
       "Of a cell\u2019s two signs the first is the suite\u2019s verdict, the second "
@@ -132,7 +132,7 @@ void AddMatrix(pugi::xml_node section, const Analysis& analysis) {
   AddTables(section, analysis.rows, "verdicts", NoNote, FillKind);
 }
 
-void AddDistances(pugi::xml_node section, const Analysis& analysis) {
+void AddDistances(page::Page&, pugi::xml_node section, const Analysis& analysis) {
   AddClassed(section, "p", "lead",
              "The greatest distance of any lane from an answer that is right, in units in the last "
              "place.");

@@ -29,7 +29,7 @@ struct Section {
   const char* id;
   const char* title;
   bool isOfFaults;  // left out where every row passed and is right
-  void (*add)(pugi::xml_node section, const Analysis& analysis);
+  void (*add)(page::Page& page, pugi::xml_node section, const Analysis& analysis);
 };
 
 /// SECTIONS(DO) does DO(name) for each, in their order on the page.

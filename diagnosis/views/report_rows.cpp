@@ -131,7 +131,7 @@ pugi::xml_node AddRow(pugi::xml_node section, const RowResult& outcome, const Ru
   return article;
 }
 
-void AddRows(pugi::xml_node section, const Analysis& analysis) {
+void AddRows(page::Page& page, pugi::xml_node section, const Analysis& analysis) {
   // A row's headline has room in any case: its size is bounded, and so is the number of rows.
   constexpr std::size_t mostBytesOfHeadline = 2 << 10;
   const auto count = static_cast<std::size_t>(std::ranges::count_if(analysis.rows, HasArticle));
@@ -155,6 +155,8 @@ void AddRows(pugi::xml_node section, const Analysis& analysis) {
       size = 0;
     }
     left -= size;
+    // The trees of all rows would take five times what the page does.
+    page.Finish(article);
   }
 }
 

@@ -19,7 +19,7 @@ void AddTerms(pugi::xml_node article, const std::vector<Term>& terms) {
   }
 }
 
-void AddSuspects(pugi::xml_node section, const Analysis& analysis) {
+void AddSuspects(page::Page&, pugi::xml_node section, const Analysis& analysis) {
   const Suspects& suspects = analysis.suspects;
   if (suspects.fewest.empty()) {
     AddClassed(section, "p", "lead", "No lane is wrong, so there is nothing to suspect.");

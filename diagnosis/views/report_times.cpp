@@ -26,7 +26,7 @@ void AddTable(pugi::xml_node parent, std::string_view caption,
   page::AddBars(parent, caption, titles, bars, longest);
 }
 
-void AddTimes(pugi::xml_node section, const Analysis& analysis) {
+void AddTimes(page::Page&, pugi::xml_node section, const Analysis& analysis) {
   std::vector<const Record*> slowest;
   double total = 0;
   double build = 0;

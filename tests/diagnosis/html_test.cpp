@@ -4,8 +4,18 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
+#include "common/page/page.h"
+
 namespace page {
 namespace {
+
+std::string HtmlOf(pugi::xml_node tree) {
+  std::string text;
+  AppendHtml(text, tree);
+  return text;
+}
 
 TEST(Html, KeepsTextText) {
   const struct {
@@ -22,11 +32,11 @@ TEST(Html, KeepsTextText) {
   for (const auto& [text, html] : cases) {
     pugi::xml_document document;
     Add(document, "p", text);
-    EXPECT_EQ(HtmlOf(document), std::string("<p>") + html + "</p>\n");
+    EXPECT_EQ(HtmlOf(document), std::string("<p>") + html + "</p>");
   }
   pugi::xml_document document;
   Set(Add(document, "p"), "title", "\"><b>\n\x01");
-  EXPECT_EQ(HtmlOf(document), "<p title=\"&quot;>&lt;b>&#10;\\x01\"></p>\n");
+  EXPECT_EQ(HtmlOf(document), "<p title=\"&quot;>&lt;b>&#10;\\x01\"></p>");
 }
 
 TEST(Html, EndsEveryElementButTheVoidOnes) {
@@ -37,9 +47,28 @@ TEST(Html, EndsEveryElementButTheVoidOnes) {
   AddClassed(list, "li", "empty");
   const std::size_t size = SizeOf(list);
   const std::string html = "<ul><li><br/></li><li class=\"empty\"></li></ul>";
-  EXPECT_EQ(HtmlOf(document), "<!DOCTYPE html>" + html + "\n");
+  EXPECT_EQ(HtmlOf(document), "<!DOCTYPE html>" + html);
   // The size is taken before the end tags are made sure of.
   EXPECT_NEAR(static_cast<double>(size), static_cast<double>(html.size()), 4);
+}
+
+TEST(Page, KeepsWhatIsFinishedInItsPlace) {
+  Page pages[] = {Page("kicker", "title", "program"), Page("kicker", "title", "program")};
+  for (Page& page : pages) {
+    page.AddSection("first", "<!--finished-->");
+    const pugi::xml_node section = page.AddSection("second", "Second");
+    Add(section, "p", "before");
+    for (const char* text : {"one", "", "<!--finished-->"}) {
+      const pugi::xml_node article = Add(section, "article");
+      Add(article, "p", text);
+      if (&page == pages) page.Finish(article);
+    }
+    Add(section, "p", "behind");
+    page.AddSection("third", "Third");
+  }
+  const std::string html = pages[0].Html();
+  EXPECT_EQ(html, pages[1].Html());
+  EXPECT_TRUE(html.ends_with("</html>\n"));
 }
 
 }  // namespace
