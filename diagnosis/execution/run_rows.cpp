@@ -1,7 +1,5 @@
 #include "diagnosis/execution/run_rows.h"
 
-#include <fmt/format.h>
-
 #include <optional>
 #include <utility>
 
@@ -73,10 +71,7 @@ bool Fill(Record& record, const Answer& answer) {
     record.ending = {.kind = KindOf(answer.ending), .value = answer.value, .reason = answer.reason};
     record.seconds = answer.seconds;
   }
-  if (!answer.lostFirst.empty()) {
-    std::string& reason = record.ending.reason;
-    reason += fmt::format("{}{}{}", reason.empty() ? "" : "; ", runOnceMore, answer.lostFirst);
-  }
+  record.ending.lostFirst = answer.lostFirst;
   return agrees;
 }
 

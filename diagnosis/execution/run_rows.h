@@ -38,7 +38,7 @@ struct RowsListener {
 
 /// Runs every job in worker processes and returns when each has ended; what was not reached ends as
 /// a record whose ending is `notRun`, with the reason. If a row was run once more, because its
-/// first worker was lost, its record is that of the second run, and its ending's reason says so.
+/// first worker was lost, its record is that of the second run, and its ending says so.
 ///
 /// Throws what the listener throws, and std::runtime_error if the system refuses what a run needs.
 workers::PoolEnd RunRows(const std::vector<RowJob>& jobs, const RowsOptions& options,

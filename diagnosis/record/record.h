@@ -54,10 +54,8 @@ struct Ending {
   Kind kind = Kind::notRun;
   int value = 0;
   std::string reason;
+  std::string lostFirst = {};  // how the first worker was lost, if the row was run once more for it
 };
-
-/// In an ending's reason, before how the worker was lost in which the row was run first.
-inline constexpr std::string_view runOnceMore = "run once more after the first worker was lost: ";
 
 /// One row, once run (or not).
 struct Record {

@@ -63,6 +63,7 @@ void Members(auto& io, Is<Ending> auto& ending) {
   io("kind", ending.kind);
   io("value", ending.value);
   io("reason", ending.reason);
+  io.Late("lostFirst", ending.lostFirst);
 }
 
 void Members(auto& io, Is<Record> auto& record) {

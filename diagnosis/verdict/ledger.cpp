@@ -111,7 +111,11 @@ std::string DetailOfCrash(const Record& record) {
       return fmt::format("exit status {} {}", ending.value, PlaceOf(record));
     default:
       // Where the row was then is lost too.
-      return text::PrintableLine(ending.reason);
+      return text::PrintableLine(
+          ending.lostFirst.empty()
+              ? ending.reason
+              : fmt::format("{}; run once more after the first worker was lost: {}", ending.reason,
+                            ending.lostFirst));
   }
 }
 

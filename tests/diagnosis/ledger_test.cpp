@@ -190,6 +190,12 @@ TEST(Ledger, SaysWhereARowEnded) {
   EXPECT_EQ(DetailOf(record), "SIGABRT in repetition 2");
   record.ending.value = 63;
   EXPECT_EQ(DetailOf(record), "signal 63 in repetition 2");
+  // Where the row was, nobody saw.
+  record.ending = {Kind::lost, 0, "'ssh' ended"};
+  EXPECT_EQ(DetailOf(record), "'ssh' ended");
+  record.ending.lostFirst = "no route";
+  EXPECT_EQ(DetailOf(record),
+            "'ssh' ended; run once more after the first worker was lost: no route");
 }
 
 TEST(Ledger, KnowsItsStatusesByName) {

@@ -44,7 +44,7 @@ Record FullRecord() {
   record.failedCalls = {{"clReleaseKernel", std::numeric_limits<std::int32_t>::min(), 2}};
   record.out = all;
   record.driver = std::string("\0", 1);
-  record.ending = {Ending::Kind::signalled, 11, "\x80"};
+  record.ending = {Ending::Kind::signalled, 11, "\x80", "the cable"};
   record.seconds = 0.1;
   record.buildSeconds = 5e-324;
   return record;
@@ -65,6 +65,7 @@ void ExpectSame(const Record& a, const Record& b) {
   }
   EXPECT_EQ(a.ending.kind, b.ending.kind);
   EXPECT_EQ(a.ending.value, b.ending.value);
+  EXPECT_EQ(a.ending.lostFirst, b.ending.lostFirst);
   EXPECT_EQ(a.buildSeconds, b.buildSeconds);
 }
 
