@@ -4,7 +4,11 @@
 #include "diagnosis/views/report.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
 #include <map>
 #include <pugixml.hpp>
 #include <string>
@@ -119,6 +123,52 @@ TEST(Report, ShowsEachRowThatIsNotPassedAndRight) {
   EXPECT_EQ(page.select_nodes("//section[@id='distances']//td[@class='outside']").size(), 42U);
 }
 
+TEST(Report, ShadesADistanceByWhatIsAllowed) {
+  const std::uint64_t tolerance = FactsOf("power_union_arrays_1")->tolerance;
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const std::vector<WrongLane> none;
+  const std::vector<WrongLane> three(3, {1, 0, 0, 2, 1, 17});
+  const struct {
+    const char* row;
+    std::uint64_t ulps;
+    std::vector<WrongLane> wrong;
+    const char* shade;
+    const char* says;
+  } cases[] = {
+      {"power_union_arrays_1", 0, none, "exact", "0"},
+      {"power_union_arrays_1", 8, none, "near", "8"},
+      {"power_union_arrays_1", 9, none, "far", "9"},
+      {"power_union_arrays_1", 16, none, "far", "16"},
+      {"power_union_arrays_1", 17, three, "beyond", "!17"},
+      {"power_union_arrays_1", tolerance, three, "beyond", "!128"},
+      {"power_union_arrays_1", tolerance + 1, three, "outside", "\u2717129"},
+      {"add_union_arrays_1", 2, three, "beyond", "!2"},
+      {"add_union_arrays_1", 3, three, "outside", "\u27173"},
+      {"copy_union_arrays_1", 1, three, "outside", "\u27171"},
+      {"copy_union_arrays_1", 123456, three, "outside", "\u27171.2e5"},
+      {"copy_union_arrays_1", 0, {{1, 0, 0, -2, 1, {}}}, "outside", "\u2717sign"},
+      {"copy_union_arrays_1", 0, {{1, 0, 0, nan, 1, {}}}, "outside", "\u2717NaN"},
+      {"copy_union_arrays_1", 0, {{1, 0, 0, 1, nan, {}}}, "outside", "\u2717NaN"},
+  };
+  for (const auto& c : cases) {
+    diagnosis::Run run;
+    run.records = {RowOf(*FactsOf(c.row), true, 0)};
+    Analysis analysis = AnalysisOf(run, {});
+    Opinion& opinion = analysis.rows[0].opinion;
+    opinion.greatestUlps = c.ulps;
+    opinion.wrong = c.wrong;
+    const pugi::xml_document page = Parsed(ReportOf(analysis));
+    const std::string cell = "//*[@title='" + std::string(c.row) + "']";
+    const pugi::xml_node distance =
+        page.select_node(("//section[@id='distances']" + cell).c_str()).node();
+    EXPECT_EQ(TextIn(distance), c.says) << c.ulps;
+    EXPECT_EQ(distance.parent().attribute("class").value(), std::string_view(c.shade)) << c.ulps;
+    const pugi::xml_node lanes =
+        page.select_node(("//section[@id='matrix']" + cell + "/*[@class='lanes']").c_str()).node();
+    EXPECT_EQ(TextIn(lanes), c.wrong.empty() ? "" : std::to_string(c.wrong.size()));
+  }
+}
+
 TEST(Report, SaysWhatItCanOfARowThatItDoesNotKnow) {
   diagnosis::Run run;
   run.records = {Record(), RowOf(FactsOfRows()[42], true, 1)};
@@ -173,6 +223,21 @@ TEST(Report, SaysHowARowIsRunAlone) {
   }
 }
 
+std::size_t inTrees = 0;
+std::size_t mostInTrees = 0;
+
+void* TakeForTrees(std::size_t size) {
+  void* const taken = std::malloc(size);
+  inTrees += malloc_usable_size(taken);
+  mostInTrees = std::max(mostInTrees, inTrees);
+  return taken;
+}
+
+void GiveBack(void* taken) {
+  inTrees -= malloc_usable_size(taken);
+  std::free(taken);
+}
+
 TEST(Report, KeepsItsBoundWhateverFailsAndWhateverADriverWrites) {
   diagnosis::Run run;
   run.info.command.assign(1 << 20, '<');
@@ -186,8 +251,13 @@ TEST(Report, KeepsItsBoundWhateverFailsAndWhateverADriverWrites) {
     record.out += std::string(100'000, '"');
     run.records.push_back(record);
   }
+  pugi::set_memory_management_functions(TakeForTrees, GiveBack);
   const std::string one = ReportOf({{"out", run}});
+  pugi::set_memory_management_functions(std::malloc, std::free);
   EXPECT_LE(one.size(), mostBytesOfPage);
+  // The trees of all rows at once take more than the page.
+  EXPECT_GT(mostInTrees, 0U);
+  EXPECT_LT(mostInTrees, mostBytesOfPage / 4);
   EXPECT_EQ(Parsed(one).select_nodes("//section[@id='rows']/article").size(), FactsOfRows().size());
   const std::string two = ReportOf({{std::string(1 << 20, '&'), run}, {"again", run}});
   EXPECT_LE(two.size(), mostBytesOfPage);
