@@ -9,7 +9,7 @@ install(TARGETS as_gpu broken_compiler one_device simulated_gpu LIBRARY DESTINAT
 if(TARGET union_triage)
   install(TARGETS union_triage union_explore RUNTIME)
 endif()
-install(DIRECTORY baselines DESTINATION ${CMAKE_INSTALL_DATADIR}/${package})
+install(DIRECTORY baselines exploration/corpus DESTINATION ${CMAKE_INSTALL_DATADIR}/${package})
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING
   PATTERN "*.md" PATTERN "*.png" PATTERN "*.yml")

@@ -147,7 +147,8 @@ void OpenStandardStreams() {
 int Answer(const Program& program, int argc, char** argv) {
   OpenStandardStreams();
   const std::vector<std::string> arguments(argv + 1, argv + argc);
-  if (argc == 2 && arguments.front() == "worker") return program.worker();
+  for (const WorkerWord& worker : program.workers)
+    if (argc == 2 && arguments.front() == worker.word) return worker.main();
   // A file that may not grow is an error of writing, and no reason to be killed.
   std::signal(SIGXFSZ, SIG_IGN);
   try {

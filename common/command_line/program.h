@@ -48,6 +48,12 @@ struct Section {
   bool isInHelp = false;  // in the help of the program and of its usual command too
 };
 
+/// The word that, alone, makes the program a worker, and what it then does.
+struct WorkerWord {
+  const char* word;
+  int (*main)();
+};
+
 struct Program {
   const char* name;         // in front of its lines on standard error: "triage"
   const char* binary;       // "union_triage"
@@ -56,7 +62,7 @@ struct Program {
   const char* description;  // for help
   std::span<const Command* const> commands;
   const char* usualCommand;  // that is meant where none is named
-  int (*worker)();           // what the word "worker" alone calls
+  std::span<const WorkerWord> workers;
   std::span<const Section> sections;
 };
 

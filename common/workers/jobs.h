@@ -52,6 +52,7 @@ struct PoolOptions {
   std::string program;                // the worker's own, as the launcher finds it; empty: this one
   std::string folder;                 // where workers start; empty for the caller's own
   std::string protocol;               // Runner::protocol of the workers
+  std::string word = "worker";        // that makes the program such a worker
 };
 
 /// What is to be done with the runner that a job was done in.

@@ -38,7 +38,7 @@ class Pool final : public WorkerListener {
     command_.push_back(options.program.empty()
                            ? std::filesystem::read_symlink("/proc/self/exe").string()
                            : options.program);
-    command_.emplace_back("worker");
+    command_.push_back(options.word);
     slots_.resize(static_cast<std::size_t>(std::max(options.workers, 1)));
   }
   Pool(const Pool&) = delete;

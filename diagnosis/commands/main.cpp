@@ -56,6 +56,9 @@ std::vector<command_line::Section> Sections() {
   };
 }
 
+constexpr command_line::WorkerWord workerWords[] = {
+    {"worker", [] { return workers::WorkerMain(diagnosis::rowRunner); }}};
+
 command_line::Program Triage(const std::vector<command_line::Section>& sections) {
   return {
       .name = "triage",
@@ -67,7 +70,7 @@ command_line::Program Triage(const std::vector<command_line::Section>& sections)
           "Without a command, 'run' is meant: 'triage ROW...' is 'triage run ROW...'.",
       .commands = commands,
       .usualCommand = "run",
-      .worker = [] { return workers::WorkerMain(diagnosis::rowRunner); },
+      .workers = workerWords,
       .sections = sections,
   };
 }

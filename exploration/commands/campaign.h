@@ -17,11 +17,12 @@ struct WorkOptions {
   workers::PoolOptions pool;
   double seconds = 60;  ///< That a program may take, and the driver to come up.
   std::string buildOptions;
+  std::string compiler;  ///< A command that takes a text's file, in place of a device; or empty.
 };
 
 /// What a campaign asks for and tells, all on the caller's thread.
 struct CampaignListener {
-  /// Once, before the first program is asked for.
+  /// Once, before the first program is asked for. Of a compiler its command is the name.
   std::function<void(const Device&)> device;
   /// A program to be run; nothing if there are no more for now.
   std::function<std::optional<Candidate>()> next;
@@ -45,7 +46,7 @@ struct CampaignEnd {
 /// Runs programs until there are no more and all findings are investigated.
 CampaignEnd Explore(const WorkOptions& options, const CampaignListener& listener);
 
-/// Throws NothingToRunOn if there was no device or no worker.
+/// Throws NothingToRunOn if there was no device, no compiler or no worker.
 void RefuseNoDevice(const workers::PoolEnd& end);
 
 }  // namespace exploration

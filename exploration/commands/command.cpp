@@ -103,7 +103,15 @@ void AddWork(CLI::App& app, const command_line::Call& call, WorkOptions& options
   app.add_option("--program", options.pool.program, "This program where the launcher finds it")
       ->type_name("PATH")
       ->check(command_line::NotEmpty());
-  app.add_option("--build-options", options.buildOptions, "For clBuildProgram")->type_name("TEXT");
+  CLI::Option* const build =
+      app.add_option("--build-options", options.buildOptions, "For clBuildProgram")
+          ->type_name("TEXT");
+  app.add_option("--compiler", options.compiler,
+                 "In place of a device: a shell's command that compiles the file that is added to "
+                 "it")
+      ->type_name("CMD")
+      ->check(command_line::NotEmpty())
+      ->excludes(build);
 }
 
 std::string DrawingWords(const Options& options) {

@@ -17,6 +17,7 @@ namespace exploration {
   DO(features)       \
   DO(merge)          \
   DO(reduce)         \
+  DO(replay)         \
   DO(run)            \
   DO(show)
 

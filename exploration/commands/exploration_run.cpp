@@ -90,6 +90,7 @@ class ExplorationRun {
                     {"seed", std::to_string(options.seed)},
                     {"shard", fmt::format("{}/{}", options.shard, options.shards)},
                     {"timeout", fmt::format("{}", options.work.seconds)}};
+    if (!options.work.compiler.empty()) run_.options["compiler"] = options.work.compiler;
     if (!options.folder.empty()) results_.emplace(options.folder, options.replace);
   }
   ExplorationRun(const ExplorationRun&) = delete;

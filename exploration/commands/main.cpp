@@ -9,17 +9,26 @@ namespace {
 constexpr const command_line::Command* commands[] = {COMMANDS(TAKE)};
 #undef TAKE
 
+constexpr command_line::WorkerWord workerWords[] = {
+    {"worker", [] { return workers::WorkerMain(exploration::deviceRunner); }},
+    {exploration::compilerWord, [] { return workers::WorkerMain(exploration::compilerRunner); }}};
+
 const command_line::Section sections[] = {
     {"EXIT STATUS",
-     "  0    nothing was found\n"
+     "  0    nothing was found; replay: every program ended as it was expected to\n"
      "  1    something was found\n"
      "  2    bad use, or a bad file\n"
-     "  3    there is no GPU device, or the loader has not taken a layer of OPENCL_LAYERS\n"
+     "  3    there is no GPU device, the loader has not taken a layer of OPENCL_LAYERS, or the\n"
+     "       compiler of --compiler does not compile the plainest kernel\n"
      "  4    something could not be written\n"
      "  128  and a signal's number: the run was interrupted by it\n",
      true},
     {"ENVIRONMENT",
      "The OpenCL loader takes the driver from OCL_ICD_VENDORS and layers from OPENCL_LAYERS.\n"},
+    {"FILES",
+     "/usr/share/@package@/corpus: the programs that 'explore replay' runs.\n"
+     "\n"
+     "/usr/share/@package@/baselines/replay: what to expect of drivers that Debian packages.\n"},
 };
 
 constexpr command_line::Program explore = {
@@ -33,7 +42,7 @@ constexpr command_line::Program explore = {
         "Without a command, 'run' is meant.",
     .commands = commands,
     .usualCommand = "run",
-    .worker = [] { return workers::WorkerMain(exploration::deviceRunner); },
+    .workers = workerWords,
     .sections = sections,
 };
 

@@ -97,7 +97,8 @@ int Merge(const MergeOptions& options, const command_line::Call& call) {
       std::error_code ignored;
       if (!fs::exists(from, ignored)) continue;
       const std::string to = results.FolderOf(fault.name) + "/";
-      for (const char* file : filesOfFault) text::WriteWhole(to + file, TextOf(from + file));
+      for (const char* file : filesOfFault)
+        if (fs::exists(from + file, ignored)) text::WriteWhole(to + file, TextOf(from + file));
       break;
     }
   }

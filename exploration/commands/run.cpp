@@ -82,6 +82,7 @@ const command_line::Command commands::run = {
     "run", "Run programs, and say which faults the device has", AddTo,
     "explore --programs 1000\n"
     "explore --seconds 600 --seed 7 --out results -j 2\n"
-    "explore --only whole-unions,nested-unions --space global"};
+    "explore --only whole-unions,nested-unions --space global\n"
+    "explore --compiler 'clang -x cl -cl-std=CL1.2 --target=amdgcn-amd-amdhsa -O2 -c'"};
 
 }  // namespace exploration

@@ -7,7 +7,8 @@
 
 namespace exploration {
 
-/// The device that programs run on, as it says itself.
+/// The device that programs run on, as it says itself; or a compiler, of which its command is the
+/// name, and all other texts are empty.
 struct Device {
   std::string platform;
   std::string name;
@@ -20,6 +21,8 @@ struct Device {
   bool hasHalf = false;  ///< cl_khr_fp16; without it half is for storage alone.
   std::uint64_t singleFpConfig = 0;
   std::size_t maxWorkGroupSize = 1;
+
+  bool IsCompiler() const { return platform.empty() && version.empty(); }
 };
 /// A JSON object with these members.
 std::string Packed(const Device& device);

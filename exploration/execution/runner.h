@@ -8,7 +8,8 @@ namespace exploration {
 /// it. Every program is run twice.
 extern const workers::Runner deviceRunner;
 
-/// Does tasks that name a compiler; needs no device.
+/// Does tasks that name a compiler; needs no device. The word makes the program a worker with it.
 extern const workers::Runner compilerRunner;
+inline constexpr const char* compilerWord = "compiler-worker";
 
 }  // namespace exploration

@@ -34,7 +34,7 @@ class Reader {
   Reader(const std::string& ofName, std::string_view file) : name(ofName) {
     const std::size_t text = file.find(behindText);
     if (text == std::string_view::npos) Refuse("it ends in no comment with buffers");
-    program.text = file.substr(0, text + 1);
+    program.text = file.substr(0, text);
     program.needsDouble = program.text.find("cl_khr_fp64 : enable") != std::string::npos;
     program.needsHalf = program.text.find("cl_khr_fp16 : enable") != std::string::npos;
     std::istringstream comment{std::string(file.substr(text + behindText.size()))};

@@ -153,13 +153,14 @@ void AddPairs(page::Page& page, const PairCounts& pairs) {
 
 std::string PageOf(const RunRecord& run) {
   page::Page page("union explore", TotalsOf(run), "union explore");
-  std::vector<std::pair<std::string_view, std::string>> facts = {{"Device", DeviceLine(run.device)},
-                                                                 {"Start", run.start},
-                                                                 {"End", run.end},
-                                                                 {"Run", run.ending},
-                                                                 {"Host", run.host},
-                                                                 {"Version", run.version},
-                                                                 {"Command", run.command}};
+  std::vector<std::pair<std::string_view, std::string>> facts = {
+      {run.device.IsCompiler() ? "Compiler" : "Device", DeviceLine(run.device)},
+      {"Start", run.start},
+      {"End", run.end},
+      {"Run", run.ending},
+      {"Host", run.host},
+      {"Version", run.version},
+      {"Command", run.command}};
   for (const auto& [name, value] : run.options) facts.emplace_back(name, value);
   page::AddFacts(page.Header(), facts);
   const pugi::xml_node faults = page.AddSection("faults", "Faults");

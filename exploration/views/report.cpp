@@ -36,6 +36,7 @@ std::string What(const FaultRecord& fault) {
 }  // namespace
 
 std::string DeviceLine(const Device& device) {
+  if (device.IsCompiler()) return text::PrintableLine(device.name, 1000);
   return text::PrintableLine(fmt::format("{} on {}, driver version {}, {}", device.name,
                                          device.platform, device.driverVersion, device.cVersion));
 }
@@ -46,14 +47,16 @@ SideBySide BytesOf(const AnswerRecord& answer) {
 
 std::string ReportOf(const FaultRecord& fault, const RunRecord& run, const std::string& drawing) {
   std::string report = fmt::format("# {}\n\n", text::PrintableLine(fault.title, 300));
-  report += fmt::format("Device: {}\n\n", DeviceLine(run.device));
+  const bool isCompiler = run.device.IsCompiler();
+  report += fmt::format("{}: {}\n\n", isCompiler ? "Compiler" : "Device", DeviceLine(run.device));
   const auto options = run.options.find("build options");
   if (options != run.options.end() && !options->second.empty())
     report += fmt::format("Build options: `{}`\n\n", text::PrintableLine(options->second));
-  report +=
-      "This kernel shows it; `reproducer.c` is a whole program with it, which needs the OpenCL "
-      "headers and loader alone.\n\n" +
-      Fenced("c", fault.text) + "\n";
+  report += isCompiler ? "This kernel shows it, when that command is given its file, "
+                         "`program.cl`.\n\n"
+                       : "This kernel shows it; `reproducer.c` is a whole program with it, which "
+                         "needs the OpenCL headers and loader alone.\n\n";
+  report += Fenced("c", fault.text) + "\n";
   report += "## What\n\n" + What(fault);
 
   report += "## Why the program is valid\n\n";

@@ -7,6 +7,7 @@
 
 #include "common/text/bad_use.h"
 #include "common/text/whole_file.h"
+#include "exploration/program/program_file.h"
 #include "exploration/views/cases.h"
 #include "exploration/views/page.h"
 #include "exploration/views/report.h"
@@ -61,9 +62,10 @@ std::string Results::FolderOf(const std::string& fault) const {
 void Results::Add(const Fault& fault, const RunRecord& run, const std::string& drawing) {
   const std::string folder = FolderOf(fault.name);
   const FaultRecord& record = run.faults.back();
-  text::WriteWhole(folder + "/program.cl", record.text);
-  text::WriteWhole(folder + "/original.cl", record.original);
-  text::WriteWhole(folder + "/reproducer.c", ReproducerOf(fault, run));
+  text::WriteWhole(folder + "/program.cl", FileOf(fault.shrunken.runnable));
+  text::WriteWhole(folder + "/original.cl", FileOf(fault.first.runnable));
+  if (!run.device.IsCompiler())
+    text::WriteWhole(folder + "/reproducer.c", ReproducerOf(fault, run));
   text::WriteWhole(folder + "/report.md", ReportOf(record, run, drawing));
 }
 

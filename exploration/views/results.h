@@ -39,7 +39,7 @@ class Results {
   outputs::Folder folder_;
 };
 
-/// The files in a fault's folder.
+/// The files in a fault's folder; a compiler's has no reproducer.c.
 inline constexpr const char* filesOfFault[] = {"program.cl", "original.cl", "reproducer.c",
                                                "report.md"};
 
