@@ -85,15 +85,22 @@ TEST(Vary, SaysWhetherItGoesAway) {
       TableWith([](const Variation&) { return Right(); }).ends_with("\n  right in all of them\n"));
 }
 
-TEST(Vary, TakesWhatWasNotRunForNothingElse) {
+// What the suite passes may be wrong, and of what was not run nothing is known.
+TEST(Vary, HoldsWhatIsOtherwiseAgainstHowItIs) {
   Record notRun;
   notRun.row = "copy_union_scalar_1";
+  Record hidden = Wrong();
+  hidden.out = Right().out;
+  hidden.ending = Right().ending;
   struct {
     Record asItIs;
     Record alone;   // with a local size of 1
     Record others;  // with all else
     const char* verdict;
   } const cases[] = {
+      {hidden, Right(), hidden, "goes away with: local size 1"},
+      {Right(), hidden, Right(), "goes wrong with: local size 1"},
+      {hidden, Wrong(), hidden, "stays in all of them"},
       {notRun, notRun, notRun, "was not run"},
       {notRun, Right(), Right(), "was not run as it is"},
       {Wrong(), notRun, Wrong(), "stays in all that were run; not run with: local size 1"},
