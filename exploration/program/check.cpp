@@ -48,11 +48,14 @@ class Checker {
     declared[static_cast<std::size_t>(variable)] = true;
   }
 
+  bool IsArray(TypeId id) const { return program.types[id].kind == Type::Kind::array; }
+
   void CheckType(TypeId id) const {
     const Type& type = program.types[id];
     if (type.kind == Type::Kind::array || type.kind == Type::Kind::pointer) {
       Require(type.element >= 0 && type.element < id, "a type is made of those before it");
       Require(type.count > 0, "an array has elements");
+      Require(type.kind == Type::Kind::array || !IsArray(type.element), "a pointer to an array");
       return;
     }
     Require(type.IsRecord() && !type.members.empty(), "a structure or union has members");
@@ -69,8 +72,9 @@ class Checker {
     Require(variable.type >= 0 && variable.type < program.types.End(), "no such type");
     const Type& type = program.types[variable.type];
     Require(!type.IsRecord() || !type.name.empty(), "what has no tag has no variable");
+    // The kernel has a pointer to the elements, and what is printed there is no pointer to arrays.
     if (variable.role == Variable::Role::buffer)
-      Require(type.kind == Type::Kind::array, "a buffer is an array");
+      Require(type.kind == Type::Kind::array && !IsArray(type.element), "a buffer of arrays");
     if (variable.role == Variable::Role::parameter)
       Require(type.kind != Type::Kind::array, "an array is no parameter");
   }

@@ -63,7 +63,9 @@ void TidyNode(const Program& program, Node& node) {
   if (node.parts.empty() || node.parts[0].type == noType) return;
   const Type& of = program.types[node.parts[0].type];
   if (Is(node, "component")) node.numbers[0] %= of.count;
-  if (of.kind != Type::Kind::array || node.parts.size() != 2 || !Is(node.parts[1], "literal"))
+  // Braces for a structure may begin with an array and go on with a literal that is no index.
+  if (of.kind != Type::Kind::array || node.type != of.element || node.parts.size() != 2 ||
+      !Is(node.parts[1], "literal"))
     return;
   for (std::int64_t& index : node.parts[1].numbers) index %= of.count;
 }
