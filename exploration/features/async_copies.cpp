@@ -85,13 +85,25 @@ void Execute(const Node& node, Machine& machine) {
   machine.BarrierBehind();
 }
 
+/// Each work-item copies its own.
+std::vector<Node> Simpler(const Node& node, const Program& program) {
+  const auto own = [&](const Node& part) {
+    return OwnElement(program, static_cast<int>(part.numbers.at(0)));
+  };
+  const Node to = own(node.parts.at(0));
+  const Node from = own(node.parts.at(1));
+  return {program.types[to.type].IsRecord() ? WholeAssignment(program, to, from)
+                                            : Assignment(to, from)};
+}
+
 const Construct copyConstruct = {.name = "async copy",
                                  .feature = "async-copies",
                                  .kind = Construct::Kind::statement,
                                  .where = Construct::Where::kernelOutermost,
                                  .check = Check,
                                  .print = Print,
-                                 .execute = Execute};
+                                 .execute = Execute,
+                                 .simpler = Simpler};
 
 bool Draw(Drawing& drawing) {
   if (!drawing.IsOutermost()) return false;

@@ -33,6 +33,9 @@ Place LocateNeighbour(const Node& node, Machine& machine) {
   return ElementAt(machine, machine.PlaceOf(node.numbers[0]),
                    (machine.LocalId() + node.numbers[1]) % machine.program.localSize);
 }
+std::vector<Node> SimplerNeighbour(const Node& node, const Program& program) {
+  return {OwnElement(program, static_cast<int>(node.numbers[0]))};
+}
 
 const Construct barrierConstruct = {.name = "barrier",
                                     .feature = "barriers",
@@ -46,7 +49,8 @@ const Construct neighbourConstruct = {.name = "neighbour",
                                       .names = Construct::Names::variable,
                                       .check = CheckNeighbour,
                                       .print = PrintNeighbour,
-                                      .place = LocateNeighbour};
+                                      .place = LocateNeighbour,
+                                      .simpler = SimplerNeighbour};
 
 /// Between two barriers everyone reads what a neighbour has.
 bool Draw(Drawing& drawing) {
