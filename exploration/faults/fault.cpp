@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace exploration {
@@ -13,16 +14,38 @@ namespace {
 // What says nothing where there is anything else to say.
 bool IsCommon(std::string_view feature) { return feature == "members"; }
 
-/// Whether the one's features, of which there must be one that says something, are among the
-/// other's.
-bool AreAmong(const std::vector<std::string>& some, const std::vector<std::string>& all) {
-  bool isAny = false;
-  for (const std::string& feature : some) {
-    if (IsCommon(feature)) continue;
-    isAny = true;
-    if (std::find(all.begin(), all.end(), feature) == all.end()) return false;
-  }
-  return isAny;
+// What something happens to, rather than what happens.
+bool IsCarrier(std::string_view feature) {
+  for (const std::string_view one : {"members", "arrays", "constant-indices", "floats", "doubles",
+                                     "halves", "vectors", "three-components", "work-items"})
+    if (feature == one) return true;
+  return IsMemory(feature);
+}
+
+bool IsMemoryOrCommon(std::string_view feature) { return IsMemory(feature) || IsCommon(feature); }
+
+using Features = std::vector<std::string>;
+
+Features Without(Features features, bool (*which)(std::string_view)) {
+  std::erase_if(features, which);
+  return features;
+}
+
+/// Whether the one's features, of which there must be one, are among the other's.
+bool AreAmong(const Features& some, const Features& all) {
+  return !some.empty() && std::ranges::all_of(some, [&all](const std::string& feature) {
+    return std::ranges::find(all, feature) != all.end();
+  });
+}
+
+/// Whether these are the features of one fault, but for those that say nothing. Where both have
+/// others, that is.
+std::optional<bool> AreLike(const Fault& one, const Fault& other,
+                            bool (*saysNothing)(std::string_view)) {
+  const Features some = Without(one.features, saysNothing);
+  const Features others = Without(other.features, saysNothing);
+  if (some.empty() || others.empty()) return std::nullopt;
+  return AreAmong(some, others) || AreAmong(others, some);
 }
 
 /// FNV-1a.
@@ -46,9 +69,27 @@ std::string Slug(std::string_view text) {
 }  // namespace
 
 bool IsSame(const Fault& one, const Fault& other) {
-  if (!(one.symptom == other.symptom)) return false;
-  return one.symptom.isTold || one.features == other.features ||
-         AreAmong(one.features, other.features) || AreAmong(other.features, one.features);
+  const Symptom& symptom = one.symptom;
+  const bool isLike = symptom.kind == other.symptom.kind && symptom.isTold == other.symptom.isTold;
+  if (!isLike) return false;
+  if (symptom.isTold) return symptom.how == other.symptom.how;
+  if (symptom.kind != Outcome::Kind::wrongAnswer && symptom.how != other.symptom.how) return false;
+  // What says most comes first.
+  for (const auto saysNothing : {IsCarrier, IsMemoryOrCommon, IsCommon})
+    if (const std::optional<bool> like = AreLike(one, other, saysNothing)) return *like;
+  return one.features == other.features;
+}
+
+std::vector<std::string> InBoth(const std::vector<std::string>& some,
+                                const std::vector<std::string>& others) {
+  std::vector<std::string> both;
+  for (const std::string& feature : some)
+    if (std::ranges::find(others, feature) != others.end()) both.push_back(feature);
+  return both;
+}
+
+std::vector<std::string> TellingFeatures(const std::vector<std::string>& features) {
+  return Without(features, IsCarrier);
 }
 
 bool IsMemory(std::string_view feature) {
@@ -74,9 +115,11 @@ std::string TitleOf(const Symptom& symptom, const std::vector<std::string>& feat
       words.push_back(word);
     }
   }
-  if (words.empty() && !features.empty() && IsCommon(features.front())) words.push_back("members");
+  if (words.empty())
+    words.push_back(features.empty() || !IsCommon(features.front()) ? "plain variables"
+                                                                    : "members");
   words.insert(words.end(), memories.begin(), memories.end());
-  return words.empty() ? title : fmt::format("{}: {}", title, fmt::join(words, ", "));
+  return fmt::format("{}: {}", title, fmt::join(words, ", "));
 }
 
 std::string NameOf(const Symptom& symptom, const std::vector<std::string>& features) {
@@ -88,7 +131,10 @@ std::string NameOf(const Symptom& symptom, const std::vector<std::string>& featu
   for (const std::string& feature : features)
     if (!IsCommon(feature) && !IsMemory(feature) && most-- > 0)
       name = fmt::format("{}-{}", name, Slug(feature));
-  const std::string all = fmt::format("{}\n{}", symptom.how, fmt::join(features, "\n"));
+  // How an answer is wrong depends on the values.
+  const bool isWrong = symptom.kind == Outcome::Kind::wrongAnswer;
+  const std::string all =
+      fmt::format("{}\n{}", isWrong ? "" : symptom.how, fmt::join(features, "\n"));
   return fmt::format("{}-{:04x}", name, Hash(all) & 0xFFFFU);
 }
 

@@ -42,7 +42,8 @@ struct Fault {
   std::string name;   ///< Stable, for a folder: "wrong-answer-nested-unions-1f3a".
   std::string title;  ///< "wrong answer: ...", in the language's terms.
   Symptom symptom;
-  /// Of the shrunken program, but for the address spaces if it stays in another.
+  /// Of the shrunken program, but for the address spaces if it stays in another; those that other
+  /// findings of it, shrunken too, do without are left out.
   std::vector<std::string> features;
   Finding first;  ///< What it was first found with, as it was drawn.
   Finding shrunken;
@@ -52,14 +53,24 @@ struct Fault {
 };
 
 /// Two are one fault if they go wrong in the same way and what is left of one has the features of
-/// the other, and perhaps more: shrinking may end where no single step makes less of it. Where the
-/// compiler or driver itself says what went wrong, the same message is enough.
+/// the other, and perhaps more: shrinking may end where no single step makes less of it. How a
+/// wrong answer is wrong does not count, which depends on the values that are left, nor what
+/// something happens to if there is a feature that says what happens. Where the compiler or driver
+/// itself says what went wrong, the same message is enough.
 bool IsSame(const Fault& one, const Fault& other);
+
+/// The features that stand in both, in the order of the first.
+std::vector<std::string> InBoth(const std::vector<std::string>& some,
+                                const std::vector<std::string>& others);
+
+/// Of the features those that say what happens, rather than what it happens to: operations and
+/// attributes, and neither types nor memories.
+std::vector<std::string> TellingFeatures(const std::vector<std::string>& features);
 
 /// Whether the feature is an address space.
 bool IsMemory(std::string_view feature);
 
-/// From the symptom and the features: what IsSame holds to be the same has the same.
+/// From the symptom and the features. A name does not depend on how an answer is wrong.
 std::string TitleOf(const Symptom& symptom, const std::vector<std::string>& features);
 std::string NameOf(const Symptom& symptom, const std::vector<std::string>& features);
 

@@ -1,9 +1,13 @@
 #include "exploration/faults/investigation.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "exploration/faults/settings.h"
+#include "exploration/generator/generator.h"
+#include "exploration/program/check.h"
+#include "exploration/shrinking/without_features.h"
 
 namespace exploration {
 namespace {
@@ -28,6 +32,8 @@ class Investigation {
     found.symptom = first;
     const auto told = first.isTold ? Known(Explains, found) : std::nullopt;
     if (told) return {Conclusion::Kind::knownFault, *told, {}};
+    const auto behind = IsBehindIt();
+    if (behind) return {Conclusion::Kind::knownFault, *behind, {}};
     std::optional<Fault> fault = Described(Shrunken(finding.program, true));
     const auto explaining = fault ? Known(Explains, *fault) : std::nullopt;
     if (explaining) return {Conclusion::Kind::knownFault, *explaining, {}};
@@ -36,8 +42,9 @@ class Investigation {
     if (!fault) fault = Described({{finding.program, finding.runnable}, 0, false});
     if (!fault) return {};
     TrySettings(*fault);
-    const auto same = Known(IsSame, *fault);
-    if (same) return {Conclusion::Kind::knownFault, *same, {}};
+    auto same = Known(IsSame, *fault);
+    if (!same) same = SharesCauseWith(*fault);
+    if (same) return {Conclusion::Kind::knownFault, *same, std::move(fault)};
     return {Conclusion::Kind::newFault, 0, std::move(fault)};
   }
 
@@ -47,6 +54,61 @@ class Investigation {
     for (std::size_t i = 0; i < known.size(); ++i)
       if (is(known[i], fault)) return i;
     return std::nullopt;
+  }
+
+  /// The first of these faults with which it goes away: what is left of it goes right when all is
+  /// out that uses the features.
+  struct Telling {
+    std::size_t fault;
+    std::vector<std::string> features;
+  };
+  std::optional<std::size_t> GoesAwayWith(const std::vector<Telling>& faults) const {
+    std::vector<Task> tasks;
+    std::vector<std::size_t> tried;
+    for (const Telling& fault : faults) {
+      try {
+        const auto left = WithoutFeatures(finding.program, fault.features);
+        if (!left) continue;
+        tasks.push_back(TaskOf(MakeRunnable(*left), options));
+        tried.push_back(fault.fault);
+      } catch (const Invalid&) {
+      } catch (const std::out_of_range&) {  // parts are missing
+      }
+    }
+    const std::vector<Outcome> outcomes = tryAll(tasks);
+    for (std::size_t i = 0; i < tried.size(); ++i)
+      if (outcomes[i].kind == Kind::right) return tried[i];
+    return std::nullopt;
+  }
+
+  /// As it was drawn, without any features of a known fault's that tell it.
+  std::optional<std::size_t> IsBehindIt() const {
+    std::vector<Telling> faults;
+    for (std::size_t i = 0; i < known.size(); ++i) {
+      Telling telling{i, TellingFeatures(known[i].features)};
+      const bool hasAll =
+          std::ranges::includes(Sorted(finding.runnable.features), Sorted(telling.features));
+      if (IsUntold(known[i]) && !telling.features.empty() && hasAll)
+        faults.push_back(std::move(telling));
+    }
+    return GoesAwayWith(faults);
+  }
+
+  /// As it was drawn, without the features that the shrunken one still shares with a known fault.
+  std::optional<std::size_t> SharesCauseWith(const Fault& shrunken) const {
+    std::vector<Telling> faults;
+    for (std::size_t i = 0; i < known.size(); ++i) {
+      Telling telling{i, TellingFeatures(InBoth(known[i].features, shrunken.features))};
+      if (IsUntold(known[i]) && !telling.features.empty()) faults.push_back(std::move(telling));
+    }
+    return GoesAwayWith(faults);
+  }
+  bool IsUntold(const Fault& fault) const {
+    return !fault.symptom.isTold && !first.isTold && fault.symptom.kind == wanted;
+  }
+  static std::vector<std::string> Sorted(std::vector<std::string> features) {
+    std::ranges::sort(features);
+    return features;
   }
 
   bool GoesWrongAgain() {
@@ -65,10 +127,17 @@ class Investigation {
     return count([](const Outcome& outcome) { return outcome.IsFinding(); }) > 0;
   }
 
+  static bool AreWrong(const std::vector<Outcome>& runs) {
+    return std::ranges::all_of(
+        runs, [](const Outcome& outcome) { return outcome.kind == Kind::wrongAnswer; });
+  }
+
   /// Of a wrong answer any other is as good, as plainer values are wrong in another way. Of what is
-  /// refused or crashes, or where a driver says what went wrong, only the same is.
+  /// refused or crashes, or where a driver says what went wrong, only the same is. In place of
+  /// what comes and goes, what is always wrong is better.
   bool IsWanted(const RunnableProgram& program, const std::vector<Outcome>& runs) const {
     if (wanted == Kind::unsteady) {
+      if (AreWrong(runs)) return true;
       return std::any_of(runs.begin(), runs.end(), [&runs](const Outcome& outcome) {
         return outcome.kind == Kind::unsteady ||
                (outcome.IsFinding() && outcome.kind != runs.front().kind) ||
@@ -117,7 +186,7 @@ class Investigation {
     const auto shown = std::find_if(outcomes.begin(), outcomes.end(),
                                     [](const Outcome& outcome) { return outcome.IsFinding(); });
     fault.symptom = SymptomOf(runnable, *shown);
-    if (wanted == Kind::unsteady) fault.symptom = {wanted, "", false};
+    if (wanted == Kind::unsteady && !AreWrong(outcomes)) fault.symptom = {wanted, "", false};
     fault.features = runnable.features;
     fault.first = finding;
     fault.shrunken = {shrunk.smallest.program, runnable, *shown};

@@ -30,7 +30,7 @@ struct Conclusion {
   };
   Kind kind = Kind::vanished;
   std::size_t known = 0;
-  std::optional<Fault> fault;  ///< Of a new one.
+  std::optional<Fault> fault;  ///< A new one, or what a known one looks like in this finding.
 };
 
 /// Runs the finding again, shrinks it unless a known fault explains it, and tries the settings.

@@ -91,6 +91,12 @@ struct Investigator::State {
     }
   }
 
+  /// What tells a fault is what its shrunken findings have in common.
+  static void Narrow(Fault& fault, const Fault& finding) {
+    const std::vector<std::string> common = InBoth(fault.features, finding.features);
+    if (!TellingFeatures(common).empty()) fault.features = common;
+  }
+
   void Conclude() {
     const Finding finding = std::move(waiting.front());
     waiting.pop_front();
@@ -100,6 +106,7 @@ struct Investigator::State {
         return concluded(finding, &faults.back());
       case Conclusion::Kind::knownFault:
         ++faults.at(conclusion.known).findings;
+        if (conclusion.fault) Narrow(faults.at(conclusion.known), *conclusion.fault);
         return concluded(finding, &faults.at(conclusion.known));
       case Conclusion::Kind::vanished:
         return concluded(finding, nullptr);

@@ -217,7 +217,7 @@ TEST(Investigator, TellsTwoFaultsApart) {
     EXPECT_EQ(found->settings.at(0).name, "-cl-opt-disable");
     EXPECT_EQ(found->settings.at(0).result, "goes away");
     EXPECT_EQ(found->settings.at(1).result, "the device takes no SPIR-V");
-    EXPECT_LE(found->features.size(), fault.features.size() + 1) << found->title;
+    EXPECT_LE(found->features.size(), fault.features.size() + 2) << found->title;
     const auto lines = std::count(found->shrunken.runnable.text.begin(),
                                   found->shrunken.runnable.text.end(), '\n');
     EXPECT_LE(lines, 20) << found->shrunken.runnable.text;
@@ -228,6 +228,48 @@ TEST(Investigator, TellsTwoFaultsApart) {
   for (std::size_t i = 0; i < faults.size(); ++i)
     EXPECT_EQ(again.faults.at(i).shrunken.runnable.text,
               concluded.faults.at(i).shrunken.runnable.text);
+}
+
+// However many other features its findings have.
+TEST(Investigator, TellsOneFaultOnce) {
+  for (const char* feature : {"loops", "swizzles", "vector-loads", "packed"}) {
+    const std::vector<MadeUpFault> faults = {{{feature}, Kind::wrongAnswer}};
+    const Concluded concluded =
+        Explored([&faults](const Task& task) { return RunOn(faults, task); }, 60);
+    ASSERT_EQ(concluded.faults.size(), 1U) << feature;
+    EXPECT_GT(concluded.faults[0].findings, 5U) << feature;
+    EXPECT_TRUE(Uses(concluded.faults[0].shrunken.runnable, feature));
+  }
+}
+
+TEST(Fault, IsTheSameWhateverItHappensTo) {
+  struct {
+    std::vector<std::string> one;
+    std::vector<std::string> other;
+    bool isSame;
+  } const cases[] = {
+      {{"vectors", "swizzles"}, {"arrays", "swizzles", "local-memory"}, true},
+      {{"swizzles"}, {"swizzles", "loops"}, true},
+      {{"swizzles", "loops"}, {"swizzles", "bytes"}, false},
+      {{"members", "nested-structs"}, {"members", "nested-unions"}, false},
+      {{"members", "vectors"}, {"members", "vectors", "global-memory"}, true},
+      {{"members", "vectors"}, {"members", "three-components"}, false},
+      {{"members"}, {"members"}, true},
+      {{"members"}, {"members", "loops"}, false},
+  };
+  for (const auto& one : cases) {
+    Fault fault;
+    fault.symptom = {Kind::wrongAnswer, "zero", false};
+    fault.features = one.one;
+    Fault other = fault;
+    other.features = one.other;
+    // How it is wrong depends on the values.
+    other.symptom.how = "not stored";
+    EXPECT_EQ(IsSame(fault, other), one.isSame) << testing::PrintToString(one.other);
+    EXPECT_EQ(IsSame(other, fault), one.isSame) << testing::PrintToString(one.other);
+    other.symptom = {Kind::crashed, "a crash in clBuildProgram", false};
+    EXPECT_FALSE(IsSame(fault, other));
+  }
 }
 
 TEST(Investigator, ForgetsWhatGoesRightAgain) {

@@ -9,12 +9,14 @@
 #include <vector>
 
 #include "exploration/features/basics.h"
+#include "exploration/features/features.h"
 #include "exploration/features/places.h"
 #include "exploration/generator/generator.h"
 #include "exploration/program/check.h"
 #include "exploration/shrinking/edits.h"
 #include "exploration/shrinking/passes.h"
 #include "exploration/shrinking/shrink.h"
+#include "exploration/shrinking/without_features.h"
 
 namespace exploration {
 namespace {
@@ -377,6 +379,43 @@ std::vector<Program> Drawn(const std::vector<std::string>& words, std::size_t co
     if (holds({{program, MakeRunnable(program)}}).front()) programs.push_back(program);
   }
   return programs;
+}
+
+// Literals that are no indices stay as they are, wherever they stand.
+TEST(Passes, PutInOrderWithoutAnotherAnswer) {
+  for (std::uint64_t number = 0; number < 100; ++number) {
+    const Program program = Draw(6, number, {});
+    const RunnableProgram before = MakeRunnable(program);
+    const RunnableProgram after = MakeRunnable(Tidied(program));
+    EXPECT_EQ(after.buffers.at(1).expected, before.buffers.at(1).expected) << "6:" << number;
+  }
+}
+
+TEST(WithoutFeatures, LeavesMostOfTheProgram) {
+  int left = 0;
+  for (std::uint64_t number = 0; number < 100; ++number) {
+    const Program program = Draw(7, number, {});
+    const auto without = WithoutFeatures(program, {"conditionals", "packed"});
+    if (!without) continue;
+    ++left;
+    Program before = program;
+    Program after = *without;
+    EXPECT_GE(2 * StatementsOf(after).size(), StatementsOf(before).size());
+    for (const Feature* feature : FeaturesOf(after))
+      EXPECT_TRUE(feature->name != "conditionals" && feature->name != "packed") << number;
+  }
+  EXPECT_GT(left, 50);
+}
+
+// The text would have a pointer to the arrays' elements.
+TEST(Passes, LeaveNoBufferOfArrays) {
+  Sample sample;
+  const std::int64_t buffer = sample.AddBuffer("g1", 1);
+  EXPECT_NO_THROW(Check(sample.program));
+  Program& program = sample.program;
+  const TypeId numbers = program.types.ArrayOf(TypeOf(Scalar::intType), 3);
+  program.variables[static_cast<std::size_t>(buffer)].type = program.types.ArrayOf(numbers, 1);
+  EXPECT_THROW(Check(program), Invalid);
 }
 
 TEST(Shrinking, LeavesWhatGoesWrongAndLittleElse) {
