@@ -49,6 +49,9 @@ constexpr Rule rules[] = {
      "OpenCL C 1.2, 6.12.7"},
     {"vector-stores", "vstoreN writes to an address that is aligned as an element.",
      "OpenCL C 1.2, 6.12.7"},
+    {"half-storage",
+     "vload_half and vstore_half need no other support of half; each number is one that half has.",
+     "OpenCL C 1.2, 6.12.7"},
     {"whole-unions",
      "Assignment of a union carries the bytes of the member that was stored last; no others are "
      "asked for.",

@@ -28,6 +28,38 @@ MEMORY(float)
 MEMORY(double)
 MEMORY(half)
 
+// Of ordinary numbers: the exponent has another bias, and the fraction 13 bits more.
+float float_of(ushort half_bits) {
+  uint magnitude = ((half_bits & 0x7FFFu) << 13) + ((127u - 15u) << 23);
+  return as_float((half_bits & 0x8000u) << 16 | magnitude);
+}
+ushort half_of(float number) {
+  uint bits = as_uint(number);
+  return (bits >> 16 & 0x8000u) | ((bits & 0x7FFFFFFFu) - ((127u - 15u) << 23)) >> 13;
+}
+#define LOAD_HALF(N, SPACE)                                                   \
+  float##N OVERLOADED vload_half##N(size_t offset, const SPACE half *p) {     \
+    float##N v;                                                               \
+    const int n = sizeof(#N) > 1 ? #N[0] - '0' : 1;                           \
+    for (int i = 0; i < n; ++i)                                               \
+      ((float *)&v)[i] = float_of(((const SPACE ushort *)p)[offset * n + i]); \
+    return v;                                                                 \
+  }
+#define STORE_HALF(N, ROUNDING)                                                       \
+  void OVERLOADED vstore_half##N##ROUNDING(float##N v, size_t offset, __global half *p) { \
+    const int n = sizeof(#N) > 1 ? #N[0] - '0' : 1;                                   \
+    for (int i = 0; i < n; ++i)                                                       \
+      ((__global ushort *)p)[offset * n + i] = half_of(((float *)&v)[i]);             \
+  }
+#define STORES_HALF(N) \
+  STORE_HALF(N, ) STORE_HALF(N, _rte) STORE_HALF(N, _rtz) STORE_HALF(N, _rtp) STORE_HALF(N, _rtn)
+#define HALVES(N) LOAD_HALF(N, __global) LOAD_HALF(N, __constant) STORES_HALF(N)
+HALVES()
+HALVES(2)
+HALVES(3)
+HALVES(4)
+HALVES(8)
+
 #define CONVERT(TO, FROM)                                                                      \
   TO OVERLOADED convert_##TO(FROM v) { return (TO)v; }                                         \
   TO##2 OVERLOADED convert_##TO##2(FROM##2 v) { return __builtin_convertvector(v, TO##2); }    \
