@@ -5,6 +5,19 @@
 #include "exploration/model/arithmetic.h"
 
 namespace exploration {
+namespace {
+
+Touch::By Both(const Touch::By& earlier, const Touch::By& later) {
+  if (earlier.item == Touch::nobody) return later;
+  if (later.item == Touch::nobody) return earlier;
+  Touch::By both = later;
+  if (earlier.item != later.item) both.item = Touch::several;
+  if (earlier.group != later.group) both.group = Touch::several;
+  both.epoch = std::max(earlier.epoch, later.epoch);
+  return both;
+}
+
+}  // namespace
 
 Machine::Machine(const Program& ofProgram)
     : program(ofProgram),
@@ -173,7 +186,9 @@ std::vector<Byte> Machine::BytesOf(const Buffer& buffer) const {
 }
 
 // OpenCL C 1.2, 6.12.8: a barrier orders the accesses of a work-group; between work-groups nothing
-// does. A store to a member may change the whole union that it is in.
+// does. A store to a member may change the whole union that it is in. The same atomic function may
+// be called by several at once, with one outcome; but with what is no call of it in between, that
+// depends on which comes first.
 void Machine::Touched(const Place& place, bool stores, int atomic) {
   if (ObjectOf(place).touches.empty()) return;
   std::size_t begin = place.offset;
@@ -194,15 +209,23 @@ void Machine::Touched(const Place& place, bool stores, int atomic) {
                          static_cast<std::int16_t>(atomic)};
   for (std::size_t i = begin; i < end; ++i) {
     Touch& touch = object.touches.at(i);
-    Require(!disturbs(touch.writer), "two work-items, one of which stores");
+    Require(!disturbs(touch.writer) && !disturbs(touch.others),
+            "two work-items, one of which stores");
     if (stores) {
       Require(!disturbs(touch.readers[0]) && !disturbs(touch.readers[1]) &&
                   (touch.readerGroup == Touch::nobody || touch.readerGroup == now.group),
               "two work-items, one of which stores");
-      const bool isAlone = touch.writer.item == Touch::nobody || touch.writer.item == item ||
-                           atomic == notAtomic || touch.writer.epoch != epoch;
-      touch.writer = now;
-      if (!isAlone) touch.writer.item = Touch::several;
+      if (atomic == notAtomic) {
+        // All that came before it is ordered with it, or would have disturbed it.
+        touch.others = {};
+        touch.writer = now;
+      } else if (touch.writer.atomic == atomic) {
+        touch.writer = Both(touch.writer, now);
+      } else {
+        touch.others = Both(touch.others, touch.writer);
+        touch.others.atomic = notAtomic;
+        touch.writer = now;
+      }
     } else if (atomic == notAtomic) {
       if (touch.readers[0].item != now.item) touch.readers[1] = touch.readers[0];
       touch.readers[0] = now;

@@ -87,7 +87,8 @@ struct Touch {
   };
   static constexpr std::int16_t nobody = -1;
   static constexpr std::int16_t several = -2;
-  By writer;
+  By writer;  ///< The last; of stores by one atomic function all that came without another between.
+  By others;  ///< All before it that were made in another way, and that no later store is behind.
   By readers[2];                      ///< The last, and the last other one.
   std::int16_t readerGroup = nobody;  ///< Of all readers.
 };
