@@ -4,14 +4,11 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 
 #include "common/command_line/options.h"
 #include "common/text/text.h"
-#include "common/text/whole_file.h"
 #include "diagnosis/commands/command.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
@@ -26,24 +23,15 @@ struct Options {
   bool strict = false;
 };
 
-std::string TextIn(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 void Update(const Options& options) {
-  const bool isNew = !std::filesystem::exists(options.file);
-  // Read once as every run reads it, for what there is to refuse.
-  if (!isNew) ReadBaseline(options.file);
+  // What there is to refuse in it comes before what there is in the run.
+  if (std::filesystem::exists(options.file)) ReadBaseline(options.file);
   const Run run = RunOf({}, options.folder, {});
   Expectations expectations;
   expectations.strict = options.strict;
-  const Analysis analysis = AnalysisOf(run, expectations);
-  const std::string before = isNew ? "test,status\n" : TextIn(options.file);
-  const std::string after = Updated(before, analysis.rows);
-  if (isNew || after != before) text::WriteWhole(options.file, after);
+  const bool isUpdated = UpdateBaseline(options.file, AnalysisOf(run, expectations).rows);
   command_line::Print(fmt::format("{}: {}\n", text::PrintableLine(options.file),
-                                  after == before && !isNew ? "as it was" : "updated"));
+                                  isUpdated ? "updated" : "as it was"));
 }
 
 void AddTo(CLI::App& app, command_line::Call&) {

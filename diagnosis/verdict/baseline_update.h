@@ -21,8 +21,13 @@ BaselineEntry EntryOf(std::string_view text);
 
 /// The baseline `text` with as few lines changed as can be so that these rows end as it says: the
 /// status on a row's own line, a line that is no longer needed taken away unless it has a comment,
-/// and new lines at the end. Rows that were skipped or never reached stay as they are, and so does
-/// all that is no entry. Throws BadUse as ReadBaseline, without the file.
-std::string Updated(const std::string& text, const std::vector<RowResult>& rows);
+/// and new lines at the end. A glob stays with exclusions behind it, gets another status or goes,
+/// whichever changes fewer lines. Rows that were skipped or never reached stay as they are, and so
+/// does all that is no entry. Throws BadUse as ReadBaseline, without the file.
+std::string Updated(const std::string& text, const std::vector<RowResult>& results);
+
+/// Has the file so, or makes it. Returns whether something was written. Throws BadUse as
+/// ReadBaseline, and text::CannotWrite.
+bool UpdateBaseline(const std::string& file, const std::vector<RowResult>& results);
 
 }  // namespace diagnosis

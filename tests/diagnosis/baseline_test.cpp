@@ -5,8 +5,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
+#include <random>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -138,8 +142,34 @@ TEST_F(TextFile, ABaselineChangesAsLittleAsCanBe) {
        {{"add_union_scalar_1", Status::pass},
         {"add_union_scalar_2", Status::expectedFail},
         {"add_union_scalar_3", Status::fail}},
-       "add_union_scalar_*,Fail\n!add_union_scalar_3\nadd_union_scalar_1,Pass\n"
-       "add_union_scalar_3,Fail\n"},
+       "add_union_scalar_*,Fail\nadd_union_scalar_1,Pass\n"},
+      {"add_union_scalar_*,Fail  # all\n!add_union_scalar_3  # mended\n",
+       {{"add_union_scalar_3", Status::fail}},
+       "add_union_scalar_*,Fail  # all\n!add_union_scalar_3  # mended\nadd_union_scalar_3,Fail\n"},
+      // All rows of a glob: it goes, or has another status.
+      {"add_union_scalar_[12],Fail\n# end\n",
+       {{"add_union_scalar_1", Status::pass}, {"add_union_scalar_2", Status::unexpectedPass}},
+       "# end\n"},
+      {"add_union_scalar_[12],Fail  # why\n",
+       {{"add_union_scalar_1", Status::pass}, {"add_union_scalar_2", Status::pass}},
+       "add_union_scalar_[12],Pass  # why\n"},
+      {"!add_union_scalar_[12]  # why\n",
+       {{"add_union_scalar_1", Status::crash}, {"add_union_scalar_2", Status::crash}},
+       "add_union_scalar_[12],Crash  # why\n"},
+      // Some rows of a glob that have a name in common, and one that has not.
+      {"*_union_vector8_*,Fail\n",
+       {{"add_union_vector8_1", Status::pass},
+        {"add_union_vector8_2", Status::pass},
+        {"add_union_vector8_3", Status::pass},
+        {"add_union_vector8_4", Status::pass},
+        {"add_union_vector8_5", Status::pass},
+        {"add_union_vector8_6", Status::pass},
+        {"copy_union_vector8_6", Status::crash}},
+       "*_union_vector8_*,Fail\n!add_union_vector8_*\ncopy_union_vector8_6,Crash\n"},
+      // A row's own line, with its comment, is moved behind the glob that has the last word.
+      {"add_union_scalar_1,Crash  # known\nadd_union_scalar_*,Fail\n# end\n",
+       {{"add_union_scalar_1", Status::timeout}},
+       "add_union_scalar_*,Fail\n# end\nadd_union_scalar_1,Timeout  # known\n"},
       {"add_union_scalar_1,Crash\nadd_union_scalar_*,Fail\n",
        {{"add_union_scalar_1", Status::crash}},
        "add_union_scalar_*,Fail\nadd_union_scalar_1,Crash\n"},
@@ -154,6 +184,58 @@ TEST_F(TextFile, ABaselineChangesAsLittleAsCanBe) {
     EXPECT_EQ(text, c.updated);
     // And then there is nothing more to change.
     EXPECT_EQ(updated(text, c.ended), text);
+  }
+}
+
+// Whatever stands there and whatever happened, the new baseline says what happened, leaves the rest
+// and every comment alone, and is one that can be read.
+TEST_F(TextFile, ABaselineThatWasChangedSaysWhatHappened) {
+  std::mt19937 random(1);
+  const auto one = [&random](const auto& list) { return list[random() % std::size(list)]; };
+  constexpr const char* tests[] = {"add_union_*",
+                                   "*_vector3_?",
+                                   "copy_union_scalar_[1-4]",
+                                   "*",
+                                   "*_union_vector*_4",
+                                   "add_union_scalar_1",
+                                   "power_*_[46]",
+                                   "add_*_1",
+                                   "copy_union_scalar_2",
+                                   "add_union_*_1",
+                                   "*_scalar_1",
+                                   "floor_union_vector3_4"};
+  constexpr const char* ends[] = {"\n", "  # known\n", "\r\n"};
+  constexpr Status wordsFor[] = {Status::pass, Status::fail, Status::crash};
+  for (int i = 0; i < 300; ++i) {
+    std::string before;
+    std::set<std::string> named;
+    for (auto left = random() % 6; left > 0; --left) {
+      const std::string test = one(tests);
+      if (!named.insert(test).second) continue;
+      const bool isExcluded = random() % 4 == 0;
+      before += isExcluded ? "!" + test : test + "," + std::string(NameOf(one(wordsFor)));
+      before += one(ends);
+    }
+    Write(before);
+    Baseline expected = ReadBaseline(path);
+    std::vector<Record> records(std::size(rows));
+    std::vector<RowResult> results;
+    const auto changed = random() % 40;
+    for (std::size_t row = 0; row < std::size(rows); ++row) {
+      if (random() % 40 > changed) continue;
+      records[row].row = rows[row].name;
+      RowResult& result = results.emplace_back();
+      result.record = &records[row];
+      result.verdict = one(wordsFor);
+      expected.erase(records[row].row);
+      if (result.verdict != Status::pass) expected[records[row].row] = result.verdict;
+    }
+    const std::string after = Updated(before, results);
+    Write(after);
+    EXPECT_EQ(ReadBaseline(path), expected) << before << "became\n" << after;
+    EXPECT_EQ(Updated(after, results), after);
+    const auto comments = [](const std::string& text) { return std::ranges::count(text, '#'); };
+    EXPECT_EQ(comments(after), comments(before)) << before << "became\n" << after;
   }
 }
 
