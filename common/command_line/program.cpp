@@ -90,6 +90,17 @@ void AddFooter(CLI::App& app, const Program& program) {
   app.footer(footer);
 }
 
+// What the command in front takes beside the options that are in the help already, a line each.
+std::string BesideHelp(const char* more, const std::string& help) {
+  std::string text;
+  for (const std::string& line : LinesOf(more)) {
+    const std::string option = line.substr(0, line.find(' ', line.find("--")));
+    if (!option.starts_with("  --") || help.find("\n" + option + " ") == std::string::npos)
+      text += line + "\n";
+  }
+  return text;
+}
+
 void Run(const Program& program, std::vector<std::string> arguments, Call& call) {
   CLI::App app(program.description, program.name);
   const std::string version = fmt::format("{} {}", program.binary, program.version);
@@ -115,8 +126,8 @@ void Run(const Program& program, std::vector<std::string> arguments, Call& call)
   try {
     app.parse(std::move(arguments));
   } catch (const CLI::CallForHelp&) {
-    const char* more = Said(program, "HELP");
-    Print(app.help() + (more != nullptr ? more : ""));
+    const std::string help = app.help();
+    Print(help + BesideHelp(Said(program, "HELP"), help));
   } catch (const CLI::CallForVersion&) {
     Print(version + "\n");
   } catch (const CLI::Success&) {

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "common/text/bad_use.h"
+#include "common/text/folder_lock.h"
 #include "common/text/whole_file.h"
 
 namespace outputs {
@@ -29,12 +29,19 @@ std::vector<const char*> NamesOf(const Files& files) {
 
 }  // namespace
 
-void RefuseOld(const std::string& path, const Files& files) {
+void RefuseOld(const std::string& path, const Files& files, bool replaces) {
   const auto isThere = [&path](const char* file) {
     std::error_code ignored;
     return fs::exists(path + "/" + file, ignored);
   };
-  if (std::ranges::any_of(NamesOf(files), isThere))
+  const bool isOurs = isThere(files.journal);
+  const auto other = std::ranges::find_if(files.others, isThere);
+  // Files of two programs have names in common, but each has a journal of its own.
+  if (!isOurs && other != files.others.end())
+    throw text::BadUse(fmt::format(
+        "there are results of another program in {} ({}, but no {}); name another folder", path,
+        *other, files.journal));
+  if (isOurs && !replaces)
     throw text::BadUse(fmt::format("there are results in {} already; --force replaces them", path));
 }
 
@@ -42,8 +49,8 @@ Folder::Folder(const std::string& path, const Files& files, Old old)
     : path_(path), journalPath_(path + "/" + files.journal) {
   try {
     if (old != Old::kept) fs::create_directories(path);
-    Lock();
-    if (old == Old::refused) RefuseOld(path, files);
+    lock_ = text::LockFolder(path);
+    if (old != Old::kept) RefuseOld(path, files, old == Old::replaced);
     if (old == Old::replaced) {
       for (const std::string name : NamesOf(files)) {
         fs::remove(path + "/" + name);
@@ -53,7 +60,7 @@ Folder::Folder(const std::string& path, const Files& files, Old old)
     if (old != Old::kept) OpenJournal();
   } catch (const fs::filesystem_error& error) {
     Close();
-    throw text::BadUse(fmt::format("cannot write into {}: {}", path, error.code().message()));
+    throw text::CannotWrite(fmt::format("cannot write into {}: {}", path, error.code().message()));
   } catch (...) {
     Close();
     throw;
@@ -87,17 +94,6 @@ void Folder::Write(const char* name, std::string_view text) {
   if (folder < 0) text::RefuseToWrite(path);
   fsync(folder);
   close(folder);
-}
-
-void Folder::Lock() {
-  const std::string path = path_ + "/.lock";
-  lock_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-  if (lock_ < 0)
-    throw text::BadUse(
-        fmt::format("cannot write into {}: {}", path_, std::generic_category().message(errno)));
-  // Where the file system has no locks, things are as they were without.
-  if (flock(lock_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-    throw text::BadUse(fmt::format("another run is writing into {}", path_));
 }
 
 void Folder::OpenJournal() {

@@ -20,12 +20,13 @@ class Folder {
  public:
   enum class Old {
     refused,   // what is there already
-    replaced,  // by nothing, at once: nothing there tells of what is about to be written
+    replaced,  // by nothing, at once: nothing there tells of what is about to be written; refused
+               // as well where another program has written it
     kept,
   };
 
-  /// Makes the folder if need be, but not to keep what is old. Throws BadUse if there is none to be
-  /// had, somebody else is writing into it, or what is there is refused; CannotWrite.
+  /// Makes the folder if need be, but not to keep what is old. Throws BadUse if somebody else is
+  /// writing into it, or what is there is refused; CannotWrite, also if there is none to be had.
   Folder(const std::string& path, const Files& files, Old old);
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
@@ -43,7 +44,6 @@ class Folder {
   void Write(const char* name, std::string_view text);
 
  private:
-  void Lock();
   void OpenJournal();
   void Close();
 
@@ -53,7 +53,8 @@ class Folder {
   int journal_ = -1;
 };
 
-/// Throws BadUse if any of the files is in the folder.
-void RefuseOld(const std::string& path, const Files& files);
+/// Throws BadUse if results are in the folder that another program has written, or ones of this
+/// program that are not to be replaced.
+void RefuseOld(const std::string& path, const Files& files, bool replaces);
 
 }  // namespace outputs

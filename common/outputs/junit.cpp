@@ -62,8 +62,9 @@ void AppendCase(pugi::xml_node suite, const Case& one, const std::string& classP
     pugi::xml_node cause = test.append_child(element);
     Set(cause, "type", one.status);
     Set(cause, "message", text::PrintableLine(one.line, 1000));
-    const std::string& body = one.cause.empty() ? one.line : one.cause;
-    if (!body.empty()) cause.text().set(Cut(body).c_str());
+    // Servers show the body; a status is better than nothing there.
+    const std::string& line = one.line.empty() ? one.status : one.line;
+    cause.text().set(Cut(one.cause.empty() ? line : one.cause).c_str());
   }
   AppendOutput(test, "system-out", one.remark.empty() ? one.out : one.remark + "\n" + one.out);
   AppendOutput(test, "system-err", one.err);
@@ -119,7 +120,6 @@ std::string JUnitOf(const SuiteInfo& info, const std::vector<Case>& cases) {
       if (one.group == group) counts.Add(one);
     SetCounts(suite, counts);
     Set(suite, "timestamp", info.start.substr(0, info.start.find('Z')));
-    Set(suite, "hostname", text::PrintableLine(info.host));
     AppendProperties(suite, info.properties);
     for (const Case& one : cases)
       if (one.group == group) AppendCase(suite, one, info.classPrefix);

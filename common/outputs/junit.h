@@ -13,7 +13,6 @@ struct SuiteInfo {
   std::string name;         // "union conformance suite"
   std::string classPrefix;  // of each case's class, before a point and its group
   std::string start;        // UTC, ISO 8601
-  std::string host;         // its name in the network
   std::vector<std::pair<std::string, std::string>> properties;
 };
 

@@ -8,6 +8,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "common/text/bad_use.h"
@@ -32,6 +35,12 @@ class File {
 
   void Write(std::string_view text) const { WriteAll(descriptor_, name_, text); }
 
+  // Whose it is and who may do what with it, as far as this process may say so.
+  void TakeAfter(const struct stat& former) const {
+    std::ignore = fchown(descriptor_, former.st_uid, former.st_gid);
+    std::ignore = fchmod(descriptor_, former.st_mode & 0777);
+  }
+
   // Some file systems say only now that there was no room.
   void Close(bool isSafe) {
     if (isSafe && fsync(descriptor_) != 0) RefuseToWrite(name_);
@@ -43,19 +52,33 @@ class File {
   int descriptor_;
 };
 
+// The file that links lead to, whether it is there or not.
+std::string BehindLinks(const std::string& path) {
+  namespace fs = std::filesystem;
+  constexpr int most = 40;
+  fs::path file = path;
+  std::error_code none;
+  for (int i = 0; i < most && fs::is_symlink(file, none); ++i)
+    file = file.parent_path() / fs::read_symlink(file, none);
+  return file.string();
+}
+
 }  // namespace
 
-void WriteWhole(const std::string& path, std::string_view text) {
+void WriteWhole(const std::string& given, std::string_view text) {
   struct stat found {};
-  if (stat(path.c_str(), &found) == 0 && !S_ISREG(found.st_mode)) {
-    File file(path, 0, path);
+  const bool isThere = stat(given.c_str(), &found) == 0;
+  if (isThere && !S_ISREG(found.st_mode)) {
+    File file(given, 0, given);
     file.Write(text);
     file.Close(false);
     return;
   }
+  const std::string path = BehindLinks(given);
   const std::string part = path + ".part";
   try {
     File file(part, O_CREAT | O_TRUNC, path);
+    if (isThere) file.TakeAfter(found);
     file.Write(text);
     file.Close(true);
     if (std::rename(part.c_str(), path.c_str()) != 0) RefuseToWrite(path);

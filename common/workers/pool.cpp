@@ -211,7 +211,9 @@ class Pool final : public WorkerListener {
         pending_.push_front(std::move(pending));
         return;
       }
-      answer.ending = Ending::lost;
+      // With no way to it on which it could have been lost, it has only taken too long.
+      const bool isLate = options_.launcher.empty() && worker.IsHung();
+      answer.ending = isLate ? Ending::timedOut : Ending::lost;
     }
     Over(pending, std::move(answer));
   }

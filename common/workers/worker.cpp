@@ -176,13 +176,17 @@ class Worker {
     runner_.Kill();
   }
 
-  // Waits until `done`, the runner is dead, or the pool gives this phase up.
+  // Waits until `done`, the runner is dead, or the pool gives this phase up: a worker that was
+  // stopped may find all three at once, and its time was over first.
   template <class Done>
   Outcome Await(Done done) {
     for (;;) {
-      if (done()) return Outcome::done;
-      if (runner_.Reap()) return done() ? Outcome::done : Outcome::dead;
+      const bool isDone = done();
+      constexpr timespec now = {};
+      if (isDone) Poll(&now);
       if (IsGivenUp()) return Outcome::givenUp;
+      if (isDone) return Outcome::done;
+      if (runner_.Reap()) return done() ? Outcome::done : Outcome::dead;
       Poll();
     }
   }
@@ -211,8 +215,8 @@ class Worker {
     }
   }
 
-  // Waits until something comes or a child dies, and takes what came.
-  void Poll() {
+  // Waits until something comes, a child dies or the time is over, and takes what came.
+  void Poll(const timespec* limit = nullptr) {
     std::array<pollfd, 3> polled = {
         pollfd{.fd = in_, .events = POLLIN, .revents = 0},
         pollfd{.fd = runner_.Wake(), .events = POLLIN, .revents = 0},
@@ -221,7 +225,7 @@ class Worker {
     // SIGCHLD comes here and nowhere else.
     sigset_t none;
     sigemptyset(&none);
-    if (ppoll(polled.data(), polled.size(), nullptr, &none) <= 0) return;
+    if (ppoll(polled.data(), polled.size(), limit, &none) <= 0) return;
     char bytes[4096];
     if (polled[0].revents != 0) {
       const ssize_t size = read(in_, bytes, sizeof bytes);

@@ -150,7 +150,10 @@ void WorkerProcess::TimeIsOver() {
   if (hasExited_) return Conclude();
   if (phase_) {
     Allow(graceSeconds);
-    return Say(GiveUp{*std::exchange(phase_, std::nullopt)});
+    Say(GiveUp{*std::exchange(phase_, std::nullopt)});
+    // One that somebody has stopped hears of it when it goes on.
+    kill(-process_.pid, SIGCONT);
+    return;
   }
   if (!IsLeaving()) state_ = State::hung;
   Kill();

@@ -10,6 +10,7 @@
 
 #include "common/command_line/options.h"
 #include "common/text/bad_use.h"
+#include "common/text/list.h"
 #include "common/text/text.h"
 #include "diagnosis/commands/command.h"
 #include "diagnosis/localization/analysis.h"
@@ -52,6 +53,7 @@ class Merger {
       first_ = part.name;
       merged_.info = info;
       merged_.info.selected.clear();
+      merged_.info.seconds = 0;
       merged_.info.options.erase("shard");
     }
     const auto conditions = ConditionsOf(merged_.info);
@@ -61,14 +63,21 @@ class Merger {
         Conflict(fmt::format("the {} is '{}' in {} and '{}' in {}", name, other, first_, value,
                              part.name));
     }
+    for (const ProvenanceDifference& difference :
+         DifferencesBetween(merged_.info.provenance, info.provenance)) {
+      if (!difference.mayDiffer)
+        Conflict(fmt::format("{} is of {} than {}: {} in place of {}", part.name, difference.what,
+                             first_, difference.other, difference.one));
+    }
     TakeExpected(part);
     TakeShard(part);
     for (const Record& record : part.run.records) Take(record, part.name);
+    merged_.info.seconds += info.seconds;
     merged_.info.start = std::min(merged_.info.start, info.start);
     // Of a run that was cut off the end is not known.
     const bool isCutOff = merged_.info.end.empty() || info.end.empty();
     merged_.info.end = isCutOff ? "" : std::max(merged_.info.end, info.end);
-    if (merged_.info.host != info.host) merged_.info.host = "several";
+    TakePlace(info);
   }
 
   Run Merged(const std::string& command, const std::vector<std::string>& folders) {
@@ -94,6 +103,20 @@ class Merger {
     // The whole matrix can be in conflict, and says no more than its beginning.
     constexpr std::size_t most = 20;
     if (conflicts_.size() < most) conflicts_.push_back(std::move(what));
+  }
+
+  // Where the parts were run is kept of all, each once.
+  void TakePlace(const RunInfo& info) {
+    Provenance& whole = merged_.info.provenance;
+    const Provenance& part = info.provenance;
+    text::AddToList(merged_.info.host, info.host);
+    if (part.system.empty()) return;
+    if (whole.system.empty()) whole = part;
+    text::AddToList(whole.system, part.system);
+    text::AddToList(whole.processor, part.processor);
+    text::AddToList(whole.build, part.build);
+    for (const auto& [name, value] : part.environment)
+      text::AddToList(whole.environment[name], value);
   }
 
   void TakeExpected(const NamedRun& part) {
@@ -145,7 +168,7 @@ class Merger {
 
 int Merge(const Options& options, const std::string& command) {
   Merger merger;
-  for (const NamedRun& part : ReadRuns(options.folders)) merger.Add(part);
+  for (const NamedRun& part : ReadRuns(options.folders, InUse::refused)) merger.Add(part);
   const Run run = merger.Merged(command, options.folders);
   outputs::Folder folder(
       options.out, FilesOfRun(),

@@ -23,7 +23,7 @@ struct Options {
 // All that follows from a run, beside it.
 void MakeAgain(const std::string& path) {
   const std::unique_ptr<outputs::Folder> folder = FolderOfRun(path);
-  const std::vector<NamedRun> runs = ReadRuns({path});
+  const std::vector<NamedRun> runs = ReadRuns({path}, InUse::isOurs);
   const Run& run = runs.front().run;
   const Analysis analysis = AnalysisOf(run, ExpectationsOf(run.info));
   WriteResults(*folder, analysis);

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <memory>
 
@@ -40,6 +41,10 @@ void AddTo(CLI::App& app, command_line::Call& call) {
   app.add_option("--baseline", options->baselineFile, "Expected results, 'test,status' a line")
       ->type_name("FILE")
       ->check(command_line::NotEmpty());
+  CLI::Option* const update =
+      app.add_flag("--update-baseline", options->updateBaseline,
+                   "Changes the baseline, as little as can be, so that the run ended as it says");
+  update->needs(app.get_option("--baseline"));
   app.add_flag("--strict", options->strict,
                "The second opinion counts: a row that passed is a failure if it is wrong by "
                "OpenCL's rules, and one that failed is none if it is right");
@@ -64,13 +69,16 @@ void AddTo(CLI::App& app, command_line::Call& call) {
     resume->excludes(app.get_option(option));
     rerun->excludes(app.get_option(option));
   }
-  for (const char* option : {"ROW", "--repeat", "--shuffle", "--shard", "--skips", "--baseline",
-                             "--strict", "--strict-flakes", "--out", "--force", "--rerun"})
+  for (const char* option :
+       {"ROW", "--repeat", "--shuffle", "--shard", "--skips", "--baseline", "--update-baseline",
+        "--strict", "--strict-flakes", "--out", "--force", "--rerun"})
     resume->excludes(app.get_option(option));
   app.add_flag("--ktap", options->ktap, "KTAP on standard output");
   app.footer(
       "With a baseline, what is not as expected is run once more on the same data, and is a flake\n"
       "if it then ends otherwise. Rows that the baseline does not name are expected to pass.\n"
+      "With --update-baseline too the run is judged by the baseline as it was; a run that is\n"
+      "interrupted changes nothing.\n"
       "\n"
       "The results are results.csv, failures.csv (a baseline for later runs), junit.xml,\n"
       "records.jsonl, run.json and report.html. While a run goes only records.jsonl grows; the\n"
@@ -78,9 +86,12 @@ void AddTo(CLI::App& app, command_line::Call& call) {
   app.parse_complete_callback([options] {
     if (!options->shard.empty()) CheckShard(options->shard);
     if (!options->skipsFile.empty()) options->skips = ReadSkips(options->skipsFile);
-    if (!options->baselineFile.empty()) options->baseline = ReadBaseline(options->baselineFile);
-    if (!options->folder.empty() && !options->replace)
-      outputs::RefuseOld(options->folder, FilesOfRun());
+    // One that is to be made need not be there.
+    if (!options->baselineFile.empty() &&
+        (!options->updateBaseline || std::filesystem::exists(options->baselineFile)))
+      options->baseline = ReadBaseline(options->baselineFile);
+    if (!options->folder.empty())
+      outputs::RefuseOld(options->folder, FilesOfRun(), options->replace);
   });
   app.callback([options, &call] { call.status = RunTriage(*options, call); });
 }

@@ -186,7 +186,7 @@ RunPlan PlanOf(const RunOptions& given, const command_line::Call& call) {
   RunOptions options = given;
   RunPlan plan;
   if (!options.resumed.empty()) {
-    plan.run = OpenRun(options.resumed);
+    plan.run = OpenRun(options.resumed, InUse::isOurs);
     TakeData(plan.run.info, options);
     TakeRest(plan.run.info, options);
     for (Record& record : plan.run.records)
@@ -197,7 +197,7 @@ RunPlan PlanOf(const RunOptions& given, const command_line::Call& call) {
   } else {
     std::optional<Run> failed;
     if (!options.rerun.empty()) {
-      failed = OpenRun(options.rerun);
+      failed = OpenRun(options.rerun, InUse::refused);
       TakeData(failed->info, options);
     }
     plan.run.info = InfoOf(options, call, SelectedBy(options, failed ? &*failed : nullptr));

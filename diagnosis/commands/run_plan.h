@@ -24,6 +24,7 @@ struct RunOptions {
   Skips skips;
   std::string baselineFile;
   Baseline baseline;
+  bool updateBaseline = false;
   bool flakesFail = false;
   bool strict = false;
   int repeat = 1;                        // runs of each row

@@ -24,6 +24,7 @@
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/record.h"
 #include "diagnosis/verdict/account.h"
+#include "diagnosis/verdict/baseline_update.h"
 #include "diagnosis/views/cases.h"
 #include "diagnosis/views/end_of_run.h"
 #include "diagnosis/views/results.h"
@@ -32,12 +33,13 @@
 namespace diagnosis {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 outputs::Console StandardOutput() {
   outputs::Console console;
   console.write = command_line::Print;
   console.clock = [] {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
-        .count();
+    return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
   };
   const char* terminal = std::getenv("TERM");
   const char* noColour = std::getenv("NO_COLOR");
@@ -122,7 +124,7 @@ class TriageRun {
     try {
       end = Do(plan_.jobs);
       isSilent_ = end.kind == workers::PoolEnd::Kind::noDevice;
-      if (!hasBegun_) Begin(run_.info.device);
+      if (!hasBegun_) Begin(run_.info.device, run_.info.provenance);
       if (end.kind == workers::PoolEnd::Kind::finished && !again_.empty()) {
         std::vector<RowJob> jobs;
         for (const std::size_t place : again_) jobs.push_back(JobAgain(place));
@@ -159,7 +161,9 @@ class TriageRun {
 
   workers::PoolEnd Do(const std::vector<RowJob>& jobs) {
     RowsListener listener;
-    listener.device = [this](const Device& device) { Begin(device); };
+    listener.device = [this](const Device& device, const Provenance& provenance) {
+      Begin(device, provenance);
+    };
     listener.started = [this](const RowJob& job) {
       const std::string row(rows[job.row].name);
       Report([&row](outputs::Reporter& reporter) { reporter.Started(row); });
@@ -179,14 +183,28 @@ class TriageRun {
     if (hasBegun_ && !isSilent_) reporting_.Try([this, &function] { function(*reporter_); });
   }
 
+  // A run that is gone on with is the same run only by the same driver, behind the same layers.
+  void TakeProvenance(const Provenance& provenance) {
+    Provenance& known = run_.info.provenance;
+    for (const ProvenanceDifference& difference : DifferencesBetween(known, provenance)) {
+      const std::string line =
+          fmt::format("this is {} than in {}: {} in place of {}", difference.what, options_.resumed,
+                      difference.other, difference.one);
+      if (!difference.mayDiffer) throw text::BadUse(line);
+      Complain(line);
+    }
+    known = provenance;
+  }
+
   // Until the device is known, or that there is none, nothing is said.
-  void Begin(const Device& device) {
+  void Begin(const Device& device, const Provenance& provenance) {
     if (std::exchange(hasBegun_, true)) return;
     Device& known = run_.info.device;
     if (!options_.resumed.empty() && !known.name.empty() && !IsSame(known, device))
       throw text::BadUse(fmt::format("the run in {} was on another device: {} in place of {}",
                                      options_.resumed, TellApart(known), TellApart(device)));
     known = device;
+    TakeProvenance(provenance);
     Write([this](outputs::Folder& folder) { folder.Write("run.json", ToJson(run_.info)); });
     std::vector<std::size_t> ended;
     for (std::size_t place = 0; place < slots_.size(); ++place)
@@ -274,6 +292,7 @@ class TriageRun {
 
   int Finish(const workers::PoolEnd& end) {
     run_.info.end = Now();
+    run_.info.seconds += std::chrono::duration<double>(Clock::now() - begun_).count();
     const Analysis analysis = AnalysisOf(run_, Results(), plan_.expectations.strict);
     Write([&](outputs::Folder& folder) {
       folder.Sync();
@@ -288,7 +307,9 @@ class TriageRun {
       summary.remarks.clear();
     }
     Report([&summary](outputs::Reporter& reporter) { reporter.End(summary); });
-    if (end.kind == workers::PoolEnd::Kind::interrupted) {
+    const bool isInterrupted = end.kind == workers::PoolEnd::Kind::interrupted;
+    if (options_.updateBaseline && !isInterrupted && !isSilent_) MendBaseline(analysis.rows);
+    if (isInterrupted) {
       const std::string incomplete = Incomplete(analysis.totals);
       Complain(fmt::format("interrupted by SIG{}{}{}", sigabbrev_np(end.signal),
                            incomplete.empty() ? "" : "; incomplete: ", incomplete));
@@ -297,6 +318,14 @@ class TriageRun {
     if (writing_.Failed() || reporting_.Failed()) return 4;
     if (isSilent_) return 3;
     return summary.isGood ? 0 : 1;
+  }
+
+  // Standard output may be for a machine.
+  void MendBaseline(const std::vector<RowResult>& results) {
+    writing_.Try([&] {
+      const bool isUpdated = UpdateBaseline(options_.baselineFile, results);
+      Complain(fmt::format("{}: {}", options_.baselineFile, isUpdated ? "updated" : "as it was"));
+    });
   }
 
   const RunOptions& options_;
@@ -308,6 +337,7 @@ class TriageRun {
   Dispensable writing_;
   Dispensable reporting_;
 
+  Clock::time_point begun_ = Clock::now();
   bool hasBegun_ = false;
   bool isSilent_ = false;           // there is no device
   std::set<std::size_t> failed_;    // places of rows that have not ended as expected in this run

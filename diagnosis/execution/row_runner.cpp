@@ -9,6 +9,7 @@
 #include "common/opencl/not_taken.h"
 #include "diagnosis/capture/boundary.h"
 #include "diagnosis/capture/observer.h"
+#include "diagnosis/execution/provenance_here.h"
 #include "diagnosis/execution/row_task.h"
 #include "diagnosis/execution/run_rows.h"
 #include "harness/driver.h"
@@ -61,7 +62,7 @@ workers::BroughtUp BringUp() {
   const std::string layers(names != nullptr ? names : "");
   const std::string noDevice = NoDeviceBecause(MatchHostToDevice(), layers);
   if (!noDevice.empty()) return {.hasDevice = false, .text = noDevice};
-  return {.hasDevice = true, .text = Packed(FirstGpu())};
+  return {.hasDevice = true, .text = Packed({FirstGpu(), ProvenanceHere(layers)})};
 }
 
 void RunRow(std::string_view bytes, workers::SharedBytes& answer) {

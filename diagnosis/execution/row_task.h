@@ -12,7 +12,7 @@
 namespace diagnosis {
 
 /// Names what follows. Whoever changes that counts on.
-inline constexpr const char* rowProtocol = "union_triage 3";
+inline constexpr const char* rowProtocol = "union_triage 4";
 
 /// A row to be run.
 struct RowTask {
@@ -21,11 +21,17 @@ struct RowTask {
   int passes = 1;  // how often; the last one counts
 };
 
+/// The device that a runner has come up on, and where that was.
+struct FoundDevice {
+  Device device;
+  Provenance provenance;
+};
+
 std::string Packed(const RowTask& task);
-std::string Packed(const Device& device);
+std::string Packed(const FoundDevice& found);
 
 /// And back. Throw std::runtime_error if it is nothing of the kind.
 RowTask RowTaskFrom(std::string_view bytes);
-Device DeviceFrom(std::string_view bytes);
+FoundDevice FoundDeviceFrom(std::string_view bytes);
 
 }  // namespace diagnosis

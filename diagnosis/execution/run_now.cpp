@@ -14,7 +14,10 @@ Run RunNow(const std::vector<RowJob>& jobs, const RowsOptions& options) {
   Run run;
   run.records.resize(jobs.size());
   RowsListener listener;
-  listener.device = [&run](const Device& device) { run.info.device = device; };
+  listener.device = [&run](const Device& device, const Provenance& provenance) {
+    run.info.device = device;
+    run.info.provenance = provenance;
+  };
   listener.ended = [&](const RowJob& ended, Record record) {
     run.records[static_cast<std::size_t>(&ended - jobs.data())] = std::move(record);
   };

@@ -87,7 +87,8 @@ workers::PoolEnd RunRows(const std::vector<RowJob>& jobs, const RowsOptions& opt
     return JobOf(jobs[number], number, options);
   };
   pool.device = [&](const std::string& device) {
-    if (listener.device) listener.device(DeviceFrom(device));
+    const FoundDevice found = FoundDeviceFrom(device);
+    if (listener.device) listener.device(found.device, found.provenance);
   };
   pool.started = [&](const workers::Job& job) {
     if (listener.started) listener.started(jobs[job.number]);

@@ -30,8 +30,8 @@ struct RowsOptions : workers::PoolOptions {
 /// What is told of a run while it lasts, all on the caller's thread. The jobs are those in the
 /// caller's own list.
 struct RowsListener {
-  std::function<void(const Device&)> device;         // once, before the first row
-  std::function<void(const RowJob&)> started;        // before the worker is told to
+  std::function<void(const Device&, const Provenance&)> device;  // once, before the first row
+  std::function<void(const RowJob&)> started;                    // before the worker is told to
   std::function<void(const RowJob&, Record)> ended;  // once for every job, in the order they end
   std::function<void()> tick;                        // every second, whatever happens
 };

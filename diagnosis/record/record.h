@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "diagnosis/record/provenance.h"
+
 // What a row leaves behind: everything that went over the boundary between the suite and OpenCL,
 // what was said, and how it ended. Every view (status, second opinion, explanation, suspects,
 // reproducer, reports) is a pure function of records.
@@ -97,7 +99,10 @@ struct RunInfo {
   std::map<std::string, std::string> expected;  // statuses by row, of the baseline
   std::string start;                            // UTC, ISO 8601
   std::string end;                              // empty if the run was cut off
-  std::vector<std::string> selected;            // rows, in the order of the matrix
+  double seconds = 0;     // of all calls that came to their end; unlike start and end, without
+                          // what lies between a run and its resumption
+  Provenance provenance;  // where the rows were run
+  std::vector<std::string> selected;  // rows, in the order of the matrix
 };
 
 struct Run {

@@ -88,6 +88,21 @@ void Members(auto& io, Is<Record> auto& record) {
   io("buildSeconds", record.buildSeconds);
 }
 
+void Members(auto& io, Is<Library> auto& library) {
+  io("file", library.file);
+  io("buildId", library.buildId);
+  io("checksum", library.checksum);
+}
+
+void Members(auto& io, Is<Provenance> auto& provenance) {
+  io("driver", provenance.driver);
+  io("layers", provenance.layers);
+  io("environment", provenance.environment);
+  io("system", provenance.system);
+  io("processor", provenance.processor);
+  io("build", provenance.build);
+}
+
 void Members(auto& io, Is<RunInfo> auto& info) {
   io("version", info.version);
   io("command", info.command);
@@ -96,8 +111,10 @@ void Members(auto& io, Is<RunInfo> auto& info) {
   io("expected", info.expected);
   io("start", info.start);
   io("end", info.end);
+  io.Late("seconds", info.seconds);
   io("host", info.host);
   io("device", info.device);
+  io.Late("provenance", info.provenance);
   io("selected", info.selected);
 }
 

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "common/text/bad_use.h"
+#include "common/text/folder_lock.h"
 #include "common/text/text.h"
 #include "diagnosis/record/row_facts.h"
 
@@ -152,7 +153,13 @@ Run ReadRun(const std::string& folder) {
   return ReadRun(text, records, folder);
 }
 
-Run OpenRun(const std::string& folder) {
+Run OpenRun(const std::string& folder, InUse inUse) {
+  if (inUse != InUse::isOurs && text::IsLocked(folder)) {
+    const std::string line = "another run is writing into " + folder;
+    if (inUse == InUse::refused) throw text::BadUse(line);
+    fmt::print(stderr, "triage: {}; what is there so far is read\n",
+               text::PrintableLine(line, 1000));
+  }
   try {
     Run run = ReadRun(folder);
     constexpr std::size_t most = 20;

@@ -17,8 +17,15 @@ Run ReadRun(const std::string& folder);
 /// The same of the files' contents; `folder` is what the damages call the place.
 Run ReadRun(std::string_view info, std::istream& records, const std::string& folder);
 
+/// What is to be done where the folder is one that a run is writing into.
+enum class InUse {
+  told,     // what is there is read, and standard error says that there will be more
+  refused,  // by BadUse
+  isOurs,   // this process has it
+};
+
 /// ReadRun for a command: names the damages on standard error, and throws BadUse if nothing is
 /// left.
-Run OpenRun(const std::string& folder);
+Run OpenRun(const std::string& folder, InUse inUse = InUse::told);
 
 }  // namespace diagnosis

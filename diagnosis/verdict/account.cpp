@@ -39,6 +39,8 @@ std::string All(std::size_t rows) {
 std::string SentenceOfAll(const Totals& totals) {
   const std::size_t rows = totals.rows;
   if (totals.Of(Status::pass) == rows) return All(rows) + " passed";
+  if (totals.Of(Status::skip) == rows && rows > 0)
+    return All(rows) + (rows == 1 ? " was skipped" : " were skipped");
   if (totals.asExpected == rows) {
     const std::size_t flakes = totals.Of(Status::flake);
     if (flakes == 0) return All(rows) + " ended as expected";

@@ -135,6 +135,7 @@ std::string JsonOf(const std::vector<NamedRun>& runs, const std::vector<Compared
                      {"start", run.run.info.start}});
   Json whole = {{"version", versionOfJson}};
   whole["runs"] = std::move(names);
+  whole["provenance"] = TextsOf(OtherProvenance(runs));
   whole["rows"] = std::move(list);
   return whole.dump(2) + '\n';
 }

@@ -23,6 +23,20 @@ constexpr std::array<outputs::Kind, statuses> kinds = {
     outputs::Kind::noted,         // Flake
 };
 
+// What OpenCL says to what the suite has found.
+std::string OpenClOn(const Opinion& opinion) {
+  switch (opinion.verdict) {
+    case Opinion::Verdict::right:
+      return "Every lane is right by OpenCL's rules.\n";
+    case Opinion::Verdict::wrong:
+      return fmt::format("By OpenCL's rules {} of {} lanes are wrong.\n", opinion.wrong.size(),
+                         opinion.lanes);
+    case Opinion::Verdict::unseen:
+      break;
+  }
+  return "";
+}
+
 }  // namespace
 
 outputs::Case CaseOf(const RowResult& row) {
@@ -45,6 +59,7 @@ outputs::Case FullCaseOf(const RowResult& row) {
                     {"opinion", std::string(NameOf(row.opinion.verdict))}};
   if (!row.remark.empty()) one.properties.emplace_back("remark", row.remark);
   if (row.status == Status::buildError) one.cause = row.detail + "\n" + record.buildLog;
+  if (row.status == Status::fail) one.cause = row.detail + "\n" + OpenClOn(row.opinion);
   one.out = record.out;
   one.err = record.err;
   if (!record.driver.empty()) one.err += "What the driver wrote:\n" + record.driver;

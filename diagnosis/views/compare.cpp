@@ -66,6 +66,25 @@ Comparison ComparisonBetween(const std::optional<RowResult>& before,
   return there && !IsSkipped(*there) ? Comparison::oneOnly : Comparison::same;
 }
 
+char LetterOf(std::size_t run) { return static_cast<char>('A' + run); }
+
+// Why a run tells nothing of a row, and which run: "not selected in A". Empty if each does.
+std::string Untold(const ComparedRow& row) {
+  for (std::size_t i = 0; i < row.outcomes.size(); ++i) {
+    const std::optional<RowResult>& outcome = row.outcomes[i];
+    const char* why = nullptr;
+    if (!outcome) {
+      why = "not selected";
+    } else if (IsSkipped(*outcome)) {
+      why = "skipped";
+    } else if (outcome->category == Category::missing) {
+      why = "not reached";
+    }
+    if (why != nullptr) return fmt::format("{} in {}", why, LetterOf(i));
+  }
+  return "";
+}
+
 std::string ShortSummaryOf(const std::optional<RowResult>& outcome) {
   return outcome ? SummaryOf(*outcome) : "not selected";
 }
@@ -122,10 +141,10 @@ Comparison ComparisonOf(const RowResult& before, const RowResult& after) {
              : Comparison::otherwise;
 }
 
-std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders) {
+std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders, InUse inUse) {
   std::vector<NamedRun> runs;
   for (const std::string& folder : folders) {
-    runs.push_back({folder, OpenRun(folder)});
+    runs.push_back({folder, OpenRun(folder, inUse)});
   }
   return runs;
 }
@@ -157,16 +176,30 @@ bool CameToTheSame(const ComparedRow& row) {
   });
 }
 
+std::vector<std::string> OtherProvenance(const std::vector<NamedRun>& runs) {
+  std::vector<std::string> lines;
+  for (std::size_t i = 1; i < runs.size(); ++i) {
+    for (const ProvenanceDifference& difference :
+         DifferencesBetween(runs.front().run.info.provenance, runs[i].run.info.provenance))
+      lines.push_back(
+          text::PrintableLine(fmt::format("{} is of {}: {} in place of {}", LetterOf(i),
+                                          difference.what, difference.other, difference.one),
+                              1000));
+  }
+  return lines;
+}
+
 std::string DifferencesOf(const std::vector<NamedRun>& runs,
                           const std::vector<ComparedRow>& compared) {
   std::string text;
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const RunInfo& info = runs[i].run.info;
-    text += fmt::format("{}  {}: {}, driver {}, {}\n", static_cast<char>('A' + i),
+    text += fmt::format("{}  {}: {}, driver {}, {}\n", LetterOf(i),
                         text::PrintableLine(runs[i].name), text::PrintableLine(info.device.name),
                         text::PrintableLine(info.device.driverVersion),
                         text::PrintableLine(info.start));
   }
+  for (const std::string& line : OtherProvenance(runs)) text += "   " + line + "\n";
 
   struct Section {
     Comparison comparison;
@@ -186,9 +219,16 @@ std::string DifferencesOf(const std::vector<NamedRun>& runs,
     std::size_t count = 0;
     std::size_t untold = 0;
     std::string lines;
+    std::map<std::string, std::size_t> alike;  // rows of which a run tells nothing, by why
+    for (const ComparedRow& row : compared)
+      if (row.comparison == section.comparison) ++alike[Untold(row)];
+    alike.erase("");
+    // Few are named.
+    std::erase_if(alike, [](const auto& one) { return one.second <= 3; });
     for (const ComparedRow& row : compared) {
       if (row.comparison != section.comparison) continue;
       ++count;
+      if (alike.contains(Untold(row))) continue;
       const std::string before = ShortSummaryOf(row.outcomes.front());
       const std::string after = ShortSummaryOf(row.outcomes.back());
       if (section.comparison == Comparison::otherData && CameToTheSame(row)) {
@@ -204,6 +244,8 @@ std::string DifferencesOf(const std::vector<NamedRun>& runs,
     same -= count;
     counts += fmt::format("{} {}, ", count, section.count);
     text += fmt::format("\n{}: {}\n{}", section.title, count, lines);
+    for (const auto& [why, rowsAlike] : alike)
+      text += fmt::format("  {:<27} {}\n", text::Counted(rowsAlike, "row"), why);
     if (untold > 0) text += fmt::format("  {} that came to the same, not shown\n", untold);
   }
   return text + fmt::format("\n{}{} the same\n", counts, same);

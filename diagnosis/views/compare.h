@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "diagnosis/record/record.h"
+#include "diagnosis/record/run_folder.h"
 #include "diagnosis/verdict/row_result.h"
 
 namespace diagnosis {
@@ -43,13 +44,17 @@ struct NamedRun {
 };
 
 /// The runs that were written into the folders. Throws BadUse.
-std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders);
+std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders, InUse inUse = InUse::told);
 
 /// All rows of the runs, in the order of the matrix. The runs outlive it.
 std::vector<ComparedRow> Compare(const std::vector<NamedRun>& runs);
 
 /// Whether the row stands alike in every run; on other data there is nothing to tell of it then.
 bool CameToTheSame(const ComparedRow& row);
+
+/// What else than the device's words differs between the first run and each other, a line each: "B
+/// is of other layers: ... in place of ...".
+std::vector<std::string> OtherProvenance(const std::vector<NamedRun>& runs);
 
 /// What differs between two runs, for a terminal.
 std::string DifferencesOf(const std::vector<NamedRun>& runs, const std::vector<ComparedRow>& rows);

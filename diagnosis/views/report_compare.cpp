@@ -27,6 +27,9 @@ constexpr Group groups[] = {
      "Skipped or not selected in one of the runs."},
 };
 
+// Of rows that a run has no result of.
+constexpr std::size_t mostUnfolded = 10;
+
 std::string NameOfRun(const std::vector<NamedRun>& runs, std::size_t i) {
   return fmt::format("{}. {}", i + 1, text::PrintableLine(runs[i].name, 80));
 }
@@ -127,7 +130,12 @@ void AddComparison(page::Page& page, const std::vector<NamedRun>& runs) {
     const auto same = group.comparison == Comparison::otherData
                           ? std::stable_partition(members.begin(), members.end(), differs)
                           : members.end();
-    if (same != members.begin()) AddTable(section, group.title, runs, {members.begin(), same});
+    if (same != members.begin()) {
+      const bool isFolded =
+          group.comparison == Comparison::oneOnly && members.size() > mostUnfolded;
+      AddTable(isFolded ? page::AddFolded(section, "Which") : section, group.title, runs,
+               {members.begin(), same});
+    }
     if (same != members.end()) {
       const auto count = static_cast<std::size_t>(members.end() - same);
       AddTable(page::AddFolded(section, Counted(count, "row") + " that came to the same"),

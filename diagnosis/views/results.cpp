@@ -56,7 +56,6 @@ std::string JUnitOfRun(const Analysis& analysis) {
   suite.name = "union conformance suite";
   suite.classPrefix = "union_suite";
   suite.start = info.start;
-  suite.host = info.host;
   suite.properties = {{"result", SentenceOf(analysis.totals)}};
   if (const std::string incomplete = Incomplete(analysis.totals); !incomplete.empty())
     suite.properties.emplace_back("incomplete", incomplete);

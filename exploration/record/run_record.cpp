@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "common/text/bad_use.h"
+#include "common/text/list.h"
 #include "common/text/text.h"
 #include "exploration/record/share.h"
 
@@ -163,7 +164,7 @@ RunRecord Merged(const std::vector<RunRecord>& runs) {
     merged.open += run->open;
     merged.pairs.Add(run->pairs);
     if (!run->IsFinished()) merged.ending = run->ending;
-    if (run->host != merged.host) merged.host += ", " + run->host;
+    text::AddToList(merged.host, run->host);
     for (const FaultRecord& fault : run->faults) {
       const auto same = std::ranges::find_if(merged.faults, [&fault](const FaultRecord& other) {
         return IsSame(ComparedBy(other), ComparedBy(fault));

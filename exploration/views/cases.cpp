@@ -69,9 +69,10 @@ std::string JUnitOf(const RunRecord& run) {
   info.name = "union explore";
   info.classPrefix = "union_explore";
   info.start = run.start;
-  info.host = run.host;
-  info.properties = {
-      {"version", run.version}, {"device", DeviceLine(run.device)}, {"totals", TotalsOf(run)}};
+  info.properties = {{"version", run.version},
+                     {"device", DeviceLine(run.device)},
+                     {"host", run.host},
+                     {"totals", TotalsOf(run)}};
   for (const auto& [name, value] : run.options) info.properties.emplace_back(name, value);
   return outputs::JUnitOf(info, cases);
 }

@@ -33,12 +33,7 @@ void RemoveFaults(const std::string& folder) {
 }  // namespace
 
 void RefuseOldResults(const std::string& folder, bool replace) {
-  // A folder of ./triage has a run.json and a junit.xml, too, and would be left half its own.
-  std::error_code ignored;
-  if (fs::exists(folder + "/records.jsonl", ignored))
-    throw text::BadUse(fmt::format(
-        "there are results of another program in {} (records.jsonl); name another folder", folder));
-  if (!replace) outputs::RefuseOld(folder, files);
+  outputs::RefuseOld(folder, files, replace);
 }
 
 Results::Results(const std::string& folder, bool replace)

@@ -31,6 +31,8 @@ TEST_F(Jobs, EndAsTheirRunnersDo) {
       {"say half print words abort", Ending::signalled, SIGABRT, "half", "words", ""},
       {"say half exit", Ending::exited, 3, "half", "", ""},
       {"say half hang", Ending::timedOut, 0, "half", "", ""},
+      {"say half stop", Ending::timedOut, 0, "half", "", ""},
+      {"say half stop hang", Ending::timedOut, 0, "half", "", ""},
       {"say last close", Ending::returned, 0, "last", "", ""},
       {"kill", Ending::lost, 0, "", "", "the worker was killed by SIGKILL"},
   };

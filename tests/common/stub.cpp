@@ -85,6 +85,8 @@ void Run(std::string_view task, workers::SharedBytes& answer) {
     } else if (word == "kill") {
       kill(getppid(), SIGKILL);
       Hang();
+    } else if (word == "stop") {
+      kill(getppid(), SIGSTOP);
     }
   }
 }

@@ -19,7 +19,7 @@
 //   child         leaves a child behind, and answers its number
 //   close         closes whatever it may have open
 //   overflow      answers more than there is room for, and then "end"
-//   abort, exit, hang; kill, which is the worker's end
+//   abort, exit, hang; kill, which is the worker's end, and stop, which stops it
 
 namespace stub {
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "harness/rows.h"
+
 namespace diagnosis {
 namespace {
 
@@ -167,6 +169,41 @@ TEST(Compare, PrintsWhatDiffersAlone) {
             "repetition\n"
             "\n"
             "1 worse, 1 the same\n");
+}
+
+// Rows of which one of the runs tells nothing: few by name, many by their number.
+TEST(Compare, CountsWhatARunTellsNothingOf) {
+  const auto differences = [](std::size_t count, Ending::Kind kind) {
+    std::vector<NamedRun> runs(2);
+    runs[0].name = "results";
+    runs[1].name = "results";
+    runs[0].run.records = {Passed("copy_union_scalar_1")};
+    runs[1].run.records = runs[0].run.records;
+    for (std::size_t i = 0; i < count; ++i) {
+      runs[0].run.records.push_back(Passed(std::string(rows[i].name).c_str()));
+      if (kind == Ending::Kind::returned) continue;
+      Record& other = runs[1].run.records.emplace_back(runs[0].run.records.back());
+      other.ending = {kind, 0, "interrupted"};
+    }
+    const std::string text = DifferencesOf(runs, Compare(runs));
+    return text.substr(text.find("\n\n") + 2);
+  };
+  EXPECT_EQ(differences(42, Ending::Kind::returned),
+            "In one run only: 42\n"
+            "  42 rows                     not selected in B\n"
+            "\n42 in one run only, 1 the same\n");
+  EXPECT_EQ(differences(42, Ending::Kind::notRun),
+            "Worse: 42\n"
+            "  42 rows                     not reached in B\n"
+            "\n42 worse, 1 the same\n");
+  EXPECT_EQ(differences(42, Ending::Kind::skipped),
+            "In one run only: 42\n"
+            "  42 rows                     skipped in B\n"
+            "\n42 in one run only, 1 the same\n");
+  EXPECT_EQ(differences(1, Ending::Kind::returned),
+            "In one run only: 1\n"
+            "  add_union_arrays_1          Pass, unseen -> not selected\n"
+            "\n1 in one run only, 1 the same\n");
 }
 
 }  // namespace

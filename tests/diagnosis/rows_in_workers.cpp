@@ -52,7 +52,9 @@ void RowsInWorkers::SetFault(const std::string& fault, const std::string& text) 
 Told RowsInWorkers::RunAll(const std::vector<RowJob>& jobs) {
   Told told;
   RowsListener listener;
-  listener.device = [&](const Device& device) { told.devices.push_back(device); };
+  listener.device = [&](const Device& device, const Provenance&) {
+    told.devices.push_back(device);
+  };
   listener.started = [&](const RowJob& job) { told.started.emplace_back(rows[job.row].name); };
   listener.ended = [&](const RowJob& job, Record record) {
     const std::string name(rows[job.row].name);
