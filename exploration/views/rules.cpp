@@ -9,6 +9,8 @@ constexpr std::string_view attributes = "OpenCL C 1.2, 6.11.1";
 constexpr std::string_view structs = "C99, 6.2.6.1p6 and 6.5.16.1";
 constexpr std::string_view vectors = "OpenCL C 1.2, 6.1.7";
 
+// The paragraphs are named from memory: the standards' texts could not be looked up when this was
+// written. Whoever sends a report looks them up.
 constexpr Rule rules[] = {
     {"",
      "A union that is read through another member than it was stored through gives the bytes "
