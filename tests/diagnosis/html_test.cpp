@@ -26,6 +26,7 @@ TEST(Html, KeepsTextText) {
       {"]]> --> <!--", "]]&gt; --&gt; &lt;!--"},
       {"\x1B[1m\r\x7F\xC2\x9F", "\\x1B[1m\\x0D\\x7F\\xC2\\x9F"},
       {"\xFF\xC0\x80\xED\xA0\x80", "\\xFF\\xC0\\x80\\xED\\xA0\\x80"},
+      {"\x9F\x80 \xFC\x80\x80\x80", "\\x9F\\x80 \\xFC\\x80\\x80\\x80"},
       {"tab\tline\nend", "tab\tline\nend"},
       {"\u00B5\u2713\U0001F600", "\u00B5\u2713\U0001F600"},
   };
@@ -69,6 +70,9 @@ TEST(Page, KeepsWhatIsFinishedInItsPlace) {
   const std::string html = pages[0].Html();
   EXPECT_EQ(html, pages[1].Html());
   EXPECT_TRUE(html.ends_with("</html>\n"));
+  // Its bytes are read as what they are, on small screens too.
+  EXPECT_NE(html.find("<head><meta charset=\"utf-8\"/><meta name=\"viewport\" "),
+            std::string::npos);
 }
 
 }  // namespace

@@ -56,6 +56,9 @@ TEST(JUnit, KeepsTheCauseOfWhatDidNotPass) {
     rows.push_back(FullCaseOf(ResultOf(record, {}, {baseline})));
   }
   rows[0].remark = "passed, yet wrong";
+  rows[0].seconds = 1.25;
+  rows[1].seconds = 2.5;
+  rows[9].seconds = 3;
   outputs::SuiteInfo info;
   info.start = "2001-02-03T04:05:06Z";
   info.properties = {{"incomplete", "10 of 11 rows"}};
@@ -67,6 +70,8 @@ TEST(JUnit, KeepsTheCauseOfWhatDidNotPass) {
   EXPECT_EQ(root.attribute("skipped").as_int(), 3);
   const pugi::xml_node add = root.find_child_by_attribute("name", "add");
   EXPECT_EQ(add.attribute("tests").as_int(), 6);
+  EXPECT_STREQ(add.attribute("time").value(), "3.750");
+  EXPECT_STREQ(root.attribute("time").value(), "6.750");
   EXPECT_STREQ(add.attribute("timestamp").value(), "2001-02-03T04:05:06");
   EXPECT_STREQ(add.child("properties").child("property").attribute("value").value(),
                "10 of 11 rows");

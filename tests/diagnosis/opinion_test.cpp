@@ -8,6 +8,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -227,6 +228,27 @@ TEST(Opinion, AgreesWithWorkedAnswers) {
       EXPECT_EQ(opinion.greatestUlps, ulps.value_or(0));
     }
   }
+}
+
+TEST(Opinion, CountsFromTheAnswerToTheRightOne) {
+  const float noNumber = std::numeric_limits<float>::quiet_NaN();
+  const struct {
+    float answer;
+    float right;
+    std::optional<std::uint64_t> ulps;
+  } distances[] = {
+      {0.5F, 0.50000006F, 1}, {-0.5F, -0.50000006F, 1}, {2.0F, 1.0F, 1U << 23},
+      {0.0F, -0.0F, 0},       {-0.0F, 1e-45F, 1},       {-1.0F, 1.0F, {}},
+      {1e-45F, -1e-45F, {}},  {noNumber, 1.0F, {}},     {1.0F, noNumber, {}},
+  };
+  for (const auto& [answer, right, ulps] : distances)
+    EXPECT_EQ(DistanceBetween(answer, right), ulps) << answer << ' ' << right;
+
+  FloatMode mode;
+  mode.operands = mode.results = Denormals::mayBeFlushed;
+  const RightAnswers nine = RightAnswersOf(Operation::power, 3, 0, 2, mode);
+  EXPECT_TRUE(nine.Allow(9));
+  EXPECT_FALSE(nine.Allow(0));
 }
 
 TEST(Opinion, LooksAtEveryLaneOfEveryRepetition) {

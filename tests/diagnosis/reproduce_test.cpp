@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -120,6 +121,24 @@ TEST_F(Reproduce, TakesAnyTextThatADriverGives) {
   suspects.byRow[record.row] = {{hostile, hostile + hostile + hostile}, {"unexplained", ""}};
   Compile(ReproducerOf(record, {hostile, hostile, hostile, hostile, hostile, 0}, suspects));
   EXPECT_NE(Run().output.find("options: " + record.buildOptions + "\n"), std::string::npos);
+}
+
+TEST_F(Reproduce, BreaksWhatItSaysBetweenWords) {
+  Record record = RecordOf("add_union_scalar_2");
+  std::string words;
+  for (int i = 0; i < 60; ++i)
+    words += "word" + std::string(static_cast<std::size_t>(i % 5), 's') + " ";
+  Device device = flushes;
+  device.name = words + "end";
+  const std::string program = ReproducerOf(record, device, {});
+  std::string said;
+  std::istringstream lines(program.substr(0, program.find("*/")));
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 100U) << line;
+    if (line.starts_with(" *             ")) said += " " + line.substr(15);
+  }
+  EXPECT_NE(said.find(words.substr(words.size() / 2)), std::string::npos) << said;
+  EXPECT_EQ(said.find("  "), std::string::npos) << said;
 }
 
 TEST_F(Reproduce, HandsOverTheTextAndMakesTheSuitesCallsInTheirOrder) {
