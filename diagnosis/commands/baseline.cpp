@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -25,7 +24,7 @@ struct Options {
 
 void Update(const Options& options) {
   // What there is to refuse in it comes before what there is in the run.
-  if (std::filesystem::exists(options.file)) ReadBaseline(options.file);
+  if (IsBaselineThere(options.file)) ReadBaseline(options.file);
   const Run run = RunOf({}, options.folder, {});
   Expectations expectations;
   expectations.strict = options.strict;

@@ -1,12 +1,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <filesystem>
 #include <limits>
 #include <memory>
 
 #include "common/command_line/options.h"
 #include "diagnosis/commands/command.h"
 #include "diagnosis/commands/triage_run.h"
+#include "diagnosis/verdict/baseline_update.h"
 #include "diagnosis/views/results.h"
 
 namespace diagnosis {
@@ -88,7 +88,7 @@ void AddTo(CLI::App& app, command_line::Call& call) {
     if (!options->skipsFile.empty()) options->skips = ReadSkips(options->skipsFile);
     // One that is to be made need not be there.
     if (!options->baselineFile.empty() &&
-        (!options->updateBaseline || std::filesystem::exists(options->baselineFile)))
+        (!options->updateBaseline || IsBaselineThere(options->baselineFile)))
       options->baseline = ReadBaseline(options->baselineFile);
     if (!options->folder.empty())
       outputs::RefuseOld(options->folder, FilesOfRun(), options->replace);

@@ -10,6 +10,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <system_error>
 
 #include "common/text/whole_file.h"
 #include "harness/rows.h"
@@ -259,8 +260,13 @@ std::string Updated(const std::string& text, const std::vector<RowResult>& resul
   return lines.size() == before && TextOf(lines) == text ? text : TextOf(lines);
 }
 
+bool IsBaselineThere(const std::string& file) {
+  std::error_code error;
+  return std::filesystem::status(file, error).type() != std::filesystem::file_type::not_found;
+}
+
 bool UpdateBaseline(const std::string& file, const std::vector<RowResult>& results) {
-  const bool isNew = !std::filesystem::exists(file);
+  const bool isNew = !IsBaselineThere(file);
   // Read once as every run reads it, for what there is to refuse.
   if (!isNew) ReadBaseline(file);
   std::ifstream stream(file, std::ios::binary);

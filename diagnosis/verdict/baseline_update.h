@@ -26,6 +26,9 @@ BaselineEntry EntryOf(std::string_view text);
 /// does all that is no entry. Throws BadUse as ReadBaseline, without the file.
 std::string Updated(const std::string& text, const std::vector<RowResult>& results);
 
+/// Whether there is such a file, or something that is to be read as one and refused.
+bool IsBaselineThere(const std::string& file);
+
 /// Has the file so, or makes it. Returns whether something was written. Throws BadUse as
 /// ReadBaseline, and text::CannotWrite.
 bool UpdateBaseline(const std::string& file, const std::vector<RowResult>& results);

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iterator>
 #include <string_view>
+#include <system_error>
 
 #include "common/outputs/junit.h"
 #include "diagnosis/record/run_folder.h"
@@ -89,7 +90,8 @@ static_assert(std::size(others) == std::size(results) + 1);
 outputs::Files FilesOfRun() { return {.journal = "records.jsonl", .others = others}; }
 
 std::unique_ptr<outputs::Folder> FolderOfRun(const std::string& path) {
-  if (!std::filesystem::exists(path + "/run.json")) OpenRun(path);
+  std::error_code ignored;
+  if (!std::filesystem::exists(path + "/run.json", ignored)) OpenRun(path);
   return std::make_unique<outputs::Folder>(path, FilesOfRun(), outputs::Folder::Old::kept);
 }
 
