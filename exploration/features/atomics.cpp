@@ -51,12 +51,17 @@ void Execute(const Node& node, Machine& machine) {
   machine.StoreTo(place, ValueOf(machine.types, after), atomic);
 }
 
+std::vector<Node> Simpler(const Node& node, const Program&) {
+  return {Assignment(node.parts[0], node.parts[1])};
+}
+
 const Construct atomicConstruct = {.name = "atomic",
                                    .feature = "atomics",
                                    .kind = Construct::Kind::statement,
                                    .check = Check,
                                    .print = Print,
-                                   .execute = Execute};
+                                   .execute = Execute,
+                                   .simpler = Simpler};
 
 /// A member of some element of a buffer, the same for every work-item or chosen at run time.
 std::optional<Node> DrawShared(Drawing& drawing) {

@@ -55,23 +55,35 @@ Program WithoutMember(const Program& program, TypeId id, std::int64_t member) {
   return left;
 }
 
+/// With whatever uses it.
+Program WithoutUsedMember(const Program& program, TypeId id, std::int64_t member) {
+  Program left = program;
+  EraseUsersOf(left, [&](const Node& node) {
+    return (IsMemberOf(node, id) || (IsBracesOf(node, id) && node.parts.size() == 1)) &&
+           node.numbers[0] == member;
+  });
+  return WithoutMember(left, id, member);
+}
+
 }  // namespace
 
-/// With whatever uses it.
 std::optional<Program> WithoutMember(const Program& program, std::size_t number) {
   for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
     const std::size_t count = program.types[id].members.size();
-    if (number >= count) {
-      number -= count;
-      continue;
-    }
-    Program left = program;
-    const auto member = static_cast<std::int64_t>(number);
-    EraseUsersOf(left, [&](const Node& node) {
-      return (IsMemberOf(node, id) || (IsBracesOf(node, id) && node.parts.size() == 1)) &&
-             node.numbers[0] == member;
-    });
-    return WithoutMember(left, id, member);
+    if (number < count) return WithoutUsedMember(program, id, static_cast<std::int64_t>(number));
+    number -= count;
+  }
+  return std::nullopt;
+}
+
+/// Two of one structure or union, without one of which others may lie as if nothing were wrong.
+std::optional<Program> WithoutTwoMembers(const Program& program, std::size_t number) {
+  for (TypeId id = Types::FirstOwn(); id < program.types.End(); ++id) {
+    const auto count = static_cast<std::int64_t>(program.types[id].members.size());
+    for (std::int64_t later = 1; later < count; ++later)
+      for (std::int64_t earlier = 0; earlier < later; ++earlier)
+        if (number-- == 0)
+          return WithoutUsedMember(WithoutUsedMember(program, id, later), id, earlier);
   }
   return std::nullopt;
 }

@@ -235,6 +235,12 @@ TEST(Passes, TakeOutOneThing) {
        "-int4 b;\n"
        "-struct S1 s;\n"
        "-int v[3] __attribute__((aligned(8)));\n"},
+      {"members by twos", stored, "u1.n =",
+       "-struct __attribute__((packed)) S1 {\n"
+       "-short a;\n"
+       "-int4 b;\n"
+       "-struct S1 s;\n"
+       "-int v[3] __attribute__((aligned(8)));\n"},
       {"members, records of one member", member, "out[0]",
        "-struct __attribute__((packed)) S1 {\n"
        "-short a;\n"
