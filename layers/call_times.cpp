@@ -35,6 +35,7 @@ Return CL_API_CALL Timed(Arguments... arguments);
   DO(clGetDeviceInfo)            \
   DO(clRetainDevice)             \
   DO(clReleaseDevice)            \
+  DO(clCreateContext)            \
   DO(clCreateContextFromType)    \
   DO(clGetContextInfo)           \
   DO(clRetainContext)            \
@@ -55,6 +56,7 @@ Return CL_API_CALL Timed(Arguments... arguments);
   DO(clEnqueueWriteBuffer)       \
   DO(clEnqueueNDRangeKernel)     \
   DO(clEnqueueReadBuffer)        \
+  DO(clFinish)                   \
   DO(clRetainCommandQueue)       \
   DO(clReleaseCommandQueue)
 
