@@ -248,16 +248,16 @@ void layer::Start() {
   if (wanted == "help") List();
   for (std::size_t begin = 0; begin <= wanted.size();) {
     const std::size_t end = std::min(wanted.find(',', begin), wanted.size());
-    const std::string_view name = std::string_view(wanted).substr(begin, end - begin);
+    const std::string_view called = std::string_view(wanted).substr(begin, end - begin);
     bool isKnown = false;
     for (const Fault& fault : table) {
-      if (fault.name != name) continue;
+      if (fault.name != called) continue;
       Plant(fault);
       isKnown = true;
     }
     if (!isKnown) {
       std::fprintf(stderr, "planted_faults: no fault is called '%.*s' ('help' lists them)\n",
-                   static_cast<int>(name.size()), name.data());
+                   static_cast<int>(called.size()), called.data());
       std::_Exit(2);
     }
     begin = end + 1;
