@@ -165,6 +165,9 @@ RunRecord Merged(const std::vector<RunRecord>& runs) {
     merged.pairs.Add(run->pairs);
     if (!run->IsFinished()) merged.ending = run->ending;
     text::AddToList(merged.host, run->host);
+    for (const auto part : {&Device::platform, &Device::name, &Device::vendor, &Device::version,
+                            &Device::cVersion, &Device::driverVersion, &Device::il})
+      text::AddToList(merged.device.*part, run->device.*part);
     for (const FaultRecord& fault : run->faults) {
       const auto same = std::ranges::find_if(merged.faults, [&fault](const FaultRecord& other) {
         return IsSame(ComparedBy(other), ComparedBy(fault));

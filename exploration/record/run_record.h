@@ -99,7 +99,7 @@ std::vector<std::string> FindingLinesOf(const RunRecord& run, const std::string&
 std::string ToJsonLine(const FindingRecord& finding);
 
 /// The runs as one: programs are counted together, and what is the same fault is one. Its options
-/// are those that they have in common.
+/// are those that they have in common, and its host and device say what all of them were.
 RunRecord Merged(const std::vector<RunRecord>& runs);
 
 /// "1500 programs: 1468 right, 32 wrong; 2 faults", and what else there is to say.
