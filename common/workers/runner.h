@@ -40,6 +40,7 @@ struct Runner {
   const char* protocol;  // names the program and the version of its tasks and answers
   BroughtUp (*bringUp)();
   void (*run)(std::string_view task, SharedBytes& answer);
+  void (*end)() = nullptr;  // before the process ends by itself
 };
 
 /// What the program does when it is called as a worker: has one runner after the other, tells them

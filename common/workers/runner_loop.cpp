@@ -20,6 +20,11 @@ bool Wait(int wake) {
   return size == 1;
 }
 
+[[noreturn]] void End(const Runner& runner) {
+  if (runner.end != nullptr) runner.end();
+  std::exit(0);
+}
+
 bool WakeWorker(int wake) { return write(wake, "", 1) == 1; }
 
 }  // namespace
@@ -66,13 +71,13 @@ void RunnerLoop(const Runner& runner, RunnerMemory& memory, int wake) noexcept {
   memory.state = found.hasDevice ? RunnerMemory::State::ready : RunnerMemory::State::noDevice;
   while (WakeWorker(wake)) {
     while (memory.done == memory.asked) {
-      if (!Wait(wake)) std::exit(0);
+      if (!Wait(wake)) End(runner);
     }
     memory.begun = memory.asked.load();
     runner.run(memory.Message(), memory.answer);
     memory.done = memory.begun.load();
   }
-  std::exit(0);
+  End(runner);
 }
 
 }  // namespace workers

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstring>
+#include <deque>
 #include <iostream>
 #include <span>
 #include <streambuf>
@@ -36,6 +37,9 @@ struct Observed {
   bool wroteA = false;      // in this repetition
   bool sawBehindA = false;
   bool sawBehindB = false;
+  cl_mem result = nullptr;         // the kernel's last argument that is a buffer
+  cl_mem madeBefore = nullptr;     // the buffer of the results, where it is made before the inputs
+  std::deque<Bytes> written = {};  // in place of what the row writes, which a driver may read late
 };
 Observed* observed = nullptr;
 
@@ -136,6 +140,30 @@ void NoteBuffer(Event elements, Event behind, bool& sawBehind, const void* data,
   sawBehind = true;
 }
 
+// What is written in place of what the row writes: the same, if an experiment changes nothing.
+const void* Changed(const void* source, size_t size, bool isA) {
+  const Experiment& experiment = observed->conditions.experiment;
+  const Bytes& elements = isA ? experiment.inputA : experiment.inputB;
+  if (elements.empty() && experiment.behind.empty()) return source;
+  const auto* const bytes = static_cast<const std::uint8_t*>(source);
+  Bytes& changed = observed->written.emplace_back(bytes, bytes + size);
+  const std::size_t used = Elements(source, size).size();
+  std::copy_n(elements.begin(), std::min(used, elements.size()), changed.begin());
+  for (std::size_t at = used; at < size && !experiment.behind.empty(); ++at)
+    changed[at] = experiment.behind[(at - used) % experiment.behind.size()];
+  return changed.data();
+}
+
+// Puts into the buffer of the results what an experiment wants to stand there.
+void FillResult(cl_command_queue queue, size_t size) {
+  const Bytes& fill = observed->conditions.experiment.result;
+  if (fill.empty() || observed->result == nullptr) return;
+  Bytes bytes(size);
+  for (std::size_t at = 0; at < size; ++at) bytes[at] = fill[at % fill.size()];
+  handOn<&Entry::clEnqueueWriteBuffer>(queue, observed->result, CL_TRUE, 0, size, bytes.data(), 0,
+                                       nullptr, nullptr);
+}
+
 cl_program CL_API_CALL CreateProgramWithSource(cl_context context, cl_uint count,
                                                const char** strings, const size_t* lengths,
                                                cl_int* code) {
@@ -179,7 +207,23 @@ cl_kernel CL_API_CALL CreateKernel(cl_program program, const char* name, cl_int*
 
 cl_int CL_API_CALL SetKernelArg(cl_kernel kernel, cl_uint index, size_t size, const void* value) {
   if (index == 0 && size == sizeof observed->inputA) std::memcpy(&observed->inputA, value, size);
+  if (size == sizeof observed->result) std::memcpy(&observed->result, value, size);
   return handOn<&Entry::clSetKernelArg>(kernel, index, size, value);
+}
+
+// The inputs are made first, the buffer of the results, which is as large, last.
+cl_mem CL_API_CALL CreateBuffer(cl_context context, cl_mem_flags flags, size_t size, void* host,
+                                cl_int* code) {
+  const auto create = handOn<&Entry::clCreateBuffer>;
+  if (!observed->conditions.experiment.swapped) return create(context, flags, size, host, code);
+  if ((flags & CL_MEM_WRITE_ONLY) == 0) {
+    if (observed->madeBefore == nullptr)
+      observed->madeBefore = create(context, CL_MEM_WRITE_ONLY, size, nullptr, code);
+    return create(context, flags, size, host, code);
+  }
+  if (observed->madeBefore == nullptr) return create(context, flags, size, host, code);
+  if (code != nullptr) *code = CL_SUCCESS;
+  return std::exchange(observed->madeBefore, nullptr);
 }
 
 // Every repetition has a queue of its own, and begins with it.
@@ -194,6 +238,8 @@ cl_command_queue CL_API_CALL CreateCommandQueue(cl_context context, cl_device_id
 cl_int CL_API_CALL EnqueueWriteBuffer(cl_command_queue queue, cl_mem buffer, cl_bool blocking,
                                       size_t offset, size_t size, const void* source, cl_uint count,
                                       const cl_event* waitList, cl_event* event) {
+  const bool isA = buffer == observed->inputA && !observed->wroteA;
+  source = Changed(source, size, isA);
   // A driver may give out one handle for all buffers; A comes first.
   if (buffer == observed->inputA && !observed->wroteA) {
     NoteBuffer(Event::inputA, Event::behindA, observed->sawBehindA, source, size);
@@ -209,6 +255,7 @@ cl_int CL_API_CALL EnqueueNDRangeKernel(cl_command_queue queue, cl_kernel kernel
                                         cl_uint dimensions, const size_t* offset,
                                         const size_t* globalSize, const size_t* localSize,
                                         cl_uint count, const cl_event* waitList, cl_event* event) {
+  FillResult(queue, observed->conditions.stride * *globalSize);
   const std::size_t given = observed->conditions.localSize;
   if (given != 0) localSize = &given;
   const cl_int code = handOn<&Entry::clEnqueueNDRangeKernel>(
@@ -238,6 +285,7 @@ consteval cl_icd_dispatch Hooks() {
   hooks.clGetProgramBuildInfo = GetProgramBuildInfo;
   hooks.clCreateKernel = CreateKernel;
   hooks.clSetKernelArg = SetKernelArg;
+  hooks.clCreateBuffer = CreateBuffer;
   hooks.clCreateCommandQueue = CreateCommandQueue;
   hooks.clEnqueueWriteBuffer = EnqueueWriteBuffer;
   hooks.clEnqueueNDRangeKernel = EnqueueNDRangeKernel;
@@ -266,6 +314,7 @@ void RunObserved(int (*row)(), const Conditions& conditions, const cl_icd_dispat
   const Clock::time_point start = Clock::now();
   const std::int32_t value = row();
   const std::uint64_t nanoseconds = NanosecondsSince(start);
+  if (own.madeBefore != nullptr) below.clReleaseMemObject(own.madeBefore);
   rowSpeaks = false;
   std::cout.rdbuf(formerOut);
   std::cerr.rdbuf(formerErr);

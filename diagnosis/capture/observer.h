@@ -17,6 +17,7 @@ struct Conditions {
   std::size_t stride = 0;       // bytes of the row's unions
   std::string buildOptions;     // in place of the suite's, which are none
   std::uint64_t localSize = 0;  // in place of the suite's, which leaves it to the driver; 0: that
+  Experiment experiment = {};   // what else is changed
 };
 
 /// Runs a row in this process on `below` and writes down what goes over the boundary between the

@@ -17,6 +17,7 @@ namespace diagnosis {
 #define COMMANDS(DO) \
   DO(baseline)       \
   DO(compare)        \
+  DO(experiment)     \
   DO(explain)        \
   DO(list)           \
   DO(merge)          \

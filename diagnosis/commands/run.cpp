@@ -23,6 +23,10 @@ void AddTo(CLI::App& app, command_line::Call& call) {
                  "For clEnqueueNDRangeKernel; the suite leaves it to the driver")
       ->type_name("N")
       ->check(command_line::Whole(1, std::numeric_limits<std::uint64_t>::max()));
+  options->pool.shareContext = true;
+  app.add_flag("--share-context,!--no-share-context", options->pool.shareContext,
+               "The rows of a worker share one context; a row that is not right there is run again "
+               "in one of its own; on unless it is --no-share-context");
   app.add_option("--repeat", options->repeat, "Runs of each row; one that differs is a flake")
       ->type_name("N")
       ->check(command_line::Whole(1, 100'000));
@@ -73,6 +77,9 @@ void AddTo(CLI::App& app, command_line::Call& call) {
        {"ROW", "--repeat", "--shuffle", "--shard", "--skips", "--baseline", "--update-baseline",
         "--strict", "--strict-flakes", "--out", "--force", "--rerun"})
     resume->excludes(app.get_option(option));
+  app.add_flag("!--no-experiments", options->experiments,
+               "Does not run rows once more with one thing changed where the run leaves open which "
+               "of several suspects it is");
   app.add_flag("--ktap", options->ktap, "KTAP on standard output");
   app.footer(
       "With a baseline, what is not as expected is run once more on the same data, and is a flake\n"

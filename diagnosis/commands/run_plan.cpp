@@ -122,6 +122,7 @@ void SetHow(const RowsOptions& pool, RunInfo& info) {
   info.options["isolate"] = YesOrNo(pool.isolate);
   info.options["jobs"] = std::to_string(pool.workers);
   info.options["launcher"] = text::ShellWords(pool.launcher);
+  info.options["share context"] = YesOrNo(pool.shareContext);
   info.options["program"] = pool.program;
   info.options["timeout"] = fmt::format("{}", pool.timeoutSeconds);
 }
@@ -209,7 +210,7 @@ RunPlan PlanOf(const RunOptions& given, const command_line::Call& call) {
       record.ending = {Ending::Kind::skipped, 0, "skipped by " + skip->second};
     }
   }
-  plan.expectations = {options.baseline, options.flakesFail, options.strict};
+  plan.expectations = ExpectationsOf(plan.run.info);
   plan.isAgainstBaseline = !options.baselineFile.empty() && options.repeat == 1;
   plan.pool = options.pool;
   plan.runsOfEach = options.repeat;

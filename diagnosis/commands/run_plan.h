@@ -36,6 +36,7 @@ struct RunOptions {
   std::string resumed;  // folder of the run to go on with
   std::string rerun;    // folder of the run whose failures are to be run
   bool ktap = false;
+  bool experiments = true;  // are made where the run leaves suspects open
 };
 
 /// What is to be run, and what is known of it already.

@@ -21,6 +21,7 @@
 #include "common/outputs/reporter.h"
 #include "common/text/bad_use.h"
 #include "common/text/text.h"
+#include "diagnosis/commands/ask.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/record.h"
 #include "diagnosis/verdict/account.h"
@@ -96,11 +97,6 @@ struct Slot {
   bool isOver = false;              // what became of it is final, and told
 };
 
-bool IsSame(const Device& one, const Device& other) {
-  return one.platform == other.platform && one.name == other.name &&
-         one.driverVersion == other.driverVersion && one.singleFpConfig == other.singleFpConfig;
-}
-
 /// A run from its plan to the status. What stands behind it must not move: the pool calls back.
 class TriageRun {
  public:
@@ -169,6 +165,10 @@ class TriageRun {
       Report([&row](outputs::Reporter& reporter) { reporter.Started(row); });
     };
     listener.ended = [this](const RowJob&, Record record) { Ended(std::move(record)); };
+    listener.isRight = [this](const Record& record) {
+      const RowResult result = ResultOf(record, run_.info.device, plan_.expectations);
+      return result.status == Status::pass && result.opinion.verdict == Opinion::Verdict::right;
+    };
     listener.tick = [this] { Report([](outputs::Reporter& reporter) { reporter.Tick(); }); };
     return jobs.empty() ? workers::PoolEnd() : RunRows(jobs, plan_.pool, listener);
   }
@@ -273,6 +273,13 @@ class TriageRun {
     Report([&one, again](outputs::Reporter& reporter) { reporter.Ended(one, again); });
   }
 
+  // Nothing of what the rows came to changes by it.
+  workers::PoolEnd AskAbout(Analysis& analysis) {
+    return Ask(run_, analysis, plan_.pool, [this](const Record& record) {
+      Write([&record](outputs::Folder& folder) { folder.Append(ToJson(record)); });
+    });
+  }
+
   // What the slots hold, whatever ended the run.
   std::vector<RowResult> Results() {
     std::vector<RowResult> results;
@@ -290,10 +297,14 @@ class TriageRun {
     return results;
   }
 
-  int Finish(const workers::PoolEnd& end) {
+  int Finish(workers::PoolEnd end) {
+    run_.info.end = Now();
+    Analysis analysis = AnalysisOf(run_, Results(), plan_.expectations.strict);
+    const bool isWhole =
+        end.kind == workers::PoolEnd::Kind::finished && Incomplete(analysis.totals).empty();
+    if (options_.experiments && isWhole) end = AskAbout(analysis);
     run_.info.end = Now();
     run_.info.seconds += std::chrono::duration<double>(Clock::now() - begun_).count();
-    const Analysis analysis = AnalysisOf(run_, Results(), plan_.expectations.strict);
     Write([&](outputs::Folder& folder) {
       folder.Sync();
       folder.Write("run.json", ToJson(run_.info));

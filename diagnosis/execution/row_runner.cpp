@@ -9,6 +9,7 @@
 #include "common/opencl/not_taken.h"
 #include "diagnosis/capture/boundary.h"
 #include "diagnosis/capture/observer.h"
+#include "diagnosis/capture/shared_context.h"
 #include "diagnosis/execution/provenance_here.h"
 #include "diagnosis/execution/row_task.h"
 #include "diagnosis/execution/run_rows.h"
@@ -70,12 +71,15 @@ void RunRow(std::string_view bytes, workers::SharedBytes& answer) {
   const auto* const row = std::ranges::find(rows, task.row, &NamedRunner::name);
   if (row == std::end(rows)) return;
   Journal journal(answer);
+  const cl_icd_dispatch& openCl =
+      task.sharesContext ? WithSharedContext(libraryOpenCl) : libraryOpenCl;
   for (int pass = 0; pass < task.passes; ++pass)
-    RunObserved(row->run, task.conditions, libraryOpenCl, journal);
+    RunObserved(row->run, task.conditions, openCl, journal);
 }
 
 }  // namespace
 
-const workers::Runner rowRunner = {.protocol = rowProtocol, .bringUp = BringUp, .run = RunRow};
+const workers::Runner rowRunner = {
+    .protocol = rowProtocol, .bringUp = BringUp, .run = RunRow, .end = ReleaseSharedContext};
 
 }  // namespace diagnosis

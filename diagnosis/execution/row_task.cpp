@@ -35,7 +35,13 @@ std::string Packed(const RowTask& task) {
                {"stride", task.conditions.stride},
                {"buildOptions", Binary(task.conditions.buildOptions)},
                {"localSize", task.conditions.localSize},
-               {"passes", task.passes}});
+               {"passes", task.passes},
+               {"sharesContext", task.sharesContext},
+               {"result", json::binary(task.conditions.experiment.result)},
+               {"behind", json::binary(task.conditions.experiment.behind)},
+               {"inputA", json::binary(task.conditions.experiment.inputA)},
+               {"inputB", json::binary(task.conditions.experiment.inputB)},
+               {"swapped", task.conditions.experiment.swapped}});
 }
 
 std::string Packed(const FoundDevice& found) {
@@ -60,14 +66,23 @@ std::string Packed(const FoundDevice& found) {
 }
 
 RowTask RowTaskFrom(std::string_view bytes) {
-  return FromCbor(bytes, [](const json& message) -> RowTask {
-    return {.row = message.at("row"),
-            .conditions = {.seed = message.at("seed"),
-                           .drawsBefore = message.at("drawsBefore"),
-                           .stride = message.at("stride"),
-                           .buildOptions = Text(message.at("buildOptions")),
-                           .localSize = message.at("localSize")},
-            .passes = message.at("passes")};
+  return FromCbor(bytes, [](const json& message) {
+    RowTask task;
+    task.row = message.at("row");
+    task.conditions.seed = message.at("seed");
+    task.conditions.drawsBefore = message.at("drawsBefore");
+    task.conditions.stride = message.at("stride");
+    task.conditions.buildOptions = Text(message.at("buildOptions"));
+    task.conditions.localSize = message.at("localSize");
+    task.passes = message.at("passes");
+    task.sharesContext = message.at("sharesContext");
+    Experiment& experiment = task.conditions.experiment;
+    experiment.result = message.at("result").get_binary();
+    experiment.behind = message.at("behind").get_binary();
+    experiment.inputA = message.at("inputA").get_binary();
+    experiment.inputB = message.at("inputB").get_binary();
+    experiment.swapped = message.at("swapped");
+    return task;
   });
 }
 

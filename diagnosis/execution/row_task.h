@@ -18,7 +18,8 @@ inline constexpr const char* rowProtocol = "union_triage 4";
 struct RowTask {
   std::string row;
   Conditions conditions;
-  int passes = 1;  // how often; the last one counts
+  int passes = 1;              // how often; the last one counts
+  bool sharesContext = false;  // with the rows before and after it that do
 };
 
 /// The device that a runner has come up on, and where that was.

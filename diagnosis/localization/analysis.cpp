@@ -39,12 +39,13 @@ Expectations ExpectationsOf(const RunInfo& info) {
   Expectations expectations;
   for (const auto& [row, status] : info.expected)
     expectations.baseline[row] = StatusNamed(status).value_or(Status::pass);
-  const auto isOn = [&info](const char* option) {
+  const auto is = [&info](const char* option, const char* value) {
     const auto found = info.options.find(option);
-    return found != info.options.end() && found->second == "yes";
+    return found != info.options.end() && found->second == value;
   };
-  expectations.flakesFail = isOn("strict flakes");
-  expectations.strict = isOn("strict");
+  // Where a row is run once, a failure is one, also if it went away with a context of the row's own.
+  expectations.flakesFail = is("strict flakes", "yes") || (is("baseline", "") && is("repeat", "1"));
+  expectations.strict = is("strict", "yes");
   return expectations;
 }
 

@@ -129,6 +129,14 @@ Prediction Changed(const Fault& fault, Operation operation, const Operands& oper
 
 }  // namespace
 
+std::optional<std::uint32_t> Prediction::Sample() const {
+  if (!known_) return std::nullopt;
+  if (!bits_.empty()) return bits_.front();
+  if (floats_.Floats().empty()) return std::nullopt;
+  const auto bits = std::bit_cast<std::uint32_t>(floats_.Floats().front().value);
+  return reversed_ ? __builtin_bswap32(bits) : bits;
+}
+
 bool Prediction::Allows(std::uint32_t bits) const {
   if (!known_ || std::ranges::find(bits_, bits) != bits_.end()) return true;
   return floats_.Allow(std::bit_cast<float>(reversed_ ? __builtin_bswap32(bits) : bits));

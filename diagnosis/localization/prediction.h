@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "diagnosis/judgement/arithmetic.h"
@@ -22,6 +23,8 @@ class Prediction {
   void ForgetFloats() { floats_ = RightAnswers(); }
   void Reverse() { reversed_ = true; }
 
+  /// One of the answers that are allowed; nothing if none is known.
+  std::optional<std::uint32_t> Sample() const;
   bool Allows(std::uint32_t bits) const;
   /// Whether byte `n` of a lane may be this one.
   bool AllowsByte(std::size_t n, std::uint8_t byte) const;

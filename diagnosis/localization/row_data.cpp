@@ -6,6 +6,14 @@
 
 namespace diagnosis {
 
+std::optional<Bytes> FilledResult(const Experiment& experiment, std::size_t size) {
+  const Bytes& fill = experiment.result;
+  if (fill.empty()) return std::nullopt;
+  Bytes bytes(size);
+  for (std::size_t at = 0; at < size; ++at) bytes[at] = fill[at % fill.size()];
+  return bytes;
+}
+
 RowData::RowData(const Row& theRow, const Record& record, const Device& device,
                  const Opinion& opinion)
     : row(theRow), mode(ModeOf(device, record.buildOptions)) {
@@ -23,7 +31,8 @@ RowData::RowData(const Row& theRow, const Record& record, const Device& device,
       Seen seen{joined(repetition.inputA, record.behindA),
                 joined(repetition.inputB, record.behindB), repetition.result, std::nullopt};
       seen.result.resize(size);
-      if (before != nullptr) seen.before = before->result;
+      seen.before = FilledResult(record.experiment, size);
+      if (!seen.before && before != nullptr) seen.before = before->result;
       repetitions.push_back(std::move(seen));
     }
     before = IsSeen(row, repetition) ? &repetition : nullptr;

@@ -11,6 +11,10 @@
 
 namespace diagnosis {
 
+/// What an experiment puts into the first `size` bytes of the results before each launch; nothing
+/// if it puts nothing there.
+std::optional<Bytes> FilledResult(const Experiment& experiment, std::size_t size);
+
 /// A row's bytes as the device had them.
 struct RowData {
   RowData(const Row& row, const Record& record, const Device& device, const Opinion& opinion);

@@ -9,6 +9,7 @@
 
 #include "diagnosis/localization/candidate.h"
 #include "diagnosis/localization/fit.h"
+#include "diagnosis/localization/narrowing.h"
 #include "diagnosis/localization/sift.h"
 
 namespace diagnosis {
@@ -121,6 +122,7 @@ Suspects SuspectsOf(const std::vector<RowResult>& rows, const Device& device) {
   KeepFewestKinds(questions);
 
   Suspects suspects;
+  suspects.decisions = Narrow(questions, device);
   suspects.fewest = Fewest(questions);
   for (Question& question : questions) {
     KeepPlain(question, suspects.fewest);

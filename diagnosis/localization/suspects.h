@@ -31,6 +31,13 @@ struct NamedSuspect {
   std::string meaning;  // one sentence, with what it leaves open behind it
 };
 
+/// What experiments have decided of suspects between which it was open.
+struct Decision {
+  std::vector<std::string> kept;
+  std::vector<std::string> dropped;
+  std::size_t experiments = 0;  // that were asked about these
+};
+
 /// The suspects of a run.
 struct Suspects {
   /// For each wrong row the suspects that predict every one of its lanes, those that explain most
@@ -40,6 +47,8 @@ struct Suspects {
   /// The fewest suspects that explain all of these rows; rows that none explains under
   /// "unexplained", which is last.
   std::vector<Suspect> fewest;
+
+  std::vector<Decision> decisions;
 
   /// Those of that row, which may be none.
   const std::vector<NamedSuspect>& Of(std::string_view row) const;

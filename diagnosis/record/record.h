@@ -59,6 +59,28 @@ struct Ending {
   std::string lostFirst = {};  // how the first worker was lost, if the row was run once more for it
 };
 
+/// What a suspect says that an experiment will show.
+struct Predicted {
+  std::string suspect;
+  std::string answer;  // the bits in hexadecimal, or "anything"
+};
+
+/// Why a row was run once more with one thing changed, and what that was: what is empty stayed as
+/// it is.
+struct Experiment {
+  std::string kind = {};                  // empty: the row was not run for an experiment
+  std::vector<Predicted> predicted = {};  // of the first lane on which they differ:
+  int repetition = 1;
+  int element = 0;
+  int lane = 0;
+  Bytes result = {};     // fills the buffer of the results before each launch, over and over
+  Bytes behind = {};     // fills the inputs behind their ten elements
+  Bytes inputA = {};     // in place of the ten elements, in each repetition
+  Bytes inputB = {};     // likewise
+  bool swapped = false;  // the buffer of the results is created before those of the inputs
+  int passes = 1;        // in one context, of which the last is the record
+};
+
 /// One row, once run (or not).
 struct Record {
   std::string row;
@@ -83,6 +105,14 @@ struct Record {
   Ending ending;
   double seconds = 0;
   double buildSeconds = 0;  // in clBuildProgram
+
+  Experiment experiment;            // that it was run for, mostly none
+  std::vector<Record> experiments;  // on this row, each a line of its own
+
+  bool sharedContext = false;  // the row had a context that rows before it in its process had
+  /// Where the row was not right in a shared context, and in one of its own, of which this record
+  /// is, it ended or answered otherwise: that first run. At most one.
+  std::vector<Record> inShared;
 
   std::vector<Record> again;  // later runs of the same row on the same data; each a line of its own
 };
@@ -115,6 +145,9 @@ struct Run {
 /// of 320"); empty if nothing is. Views rely on it: the bytes of a repetition are either all there
 /// or none is.
 std::string FaultIn(const Record& record);
+
+/// Whether two runs of a row ended alike, and wrote, called and answered the same.
+bool IsSameOutcome(const Record& one, const Record& other);
 
 /// A record as one line of JSON without its end, bytes in base64. What the driver printed need not
 /// be UTF-8.

@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -42,8 +44,37 @@ std::string FaultInBytes(const Record& record) {
 
 }  // namespace
 
+bool IsSameOutcome(const Record& one, const Record& other) {
+  const auto isSameCall = [](const FailedCall& call, const FailedCall& of) {
+    return call.name == of.name && call.code == of.code && call.repetition == of.repetition;
+  };
+  const std::optional<Row> row = RowNamed(one.row);
+  // What else is in a union nobody wrote.
+  const auto isSameAnswer = [&row](const Repetition& repetition, const Repetition& of) {
+    const Bytes& answer = repetition.result;
+    if (!row || answer.size() != of.result.size()) return answer == of.result;
+    const std::size_t size = static_cast<std::size_t>(row->lanes) * sizeof(float);
+    for (std::size_t at = 0; at + size <= answer.size(); at += row->stride)
+      if (std::memcmp(&answer[at], &of.result[at], size) != 0) return false;
+    return true;
+  };
+  return one.ending.kind == other.ending.kind && one.ending.value == other.ending.value &&
+         one.out == other.out &&
+         std::ranges::equal(one.failedCalls, other.failedCalls, isSameCall) &&
+         std::ranges::equal(one.repetitions, other.repetitions, isSameAnswer);
+}
+
 std::string FaultIn(const Record& record) {
+  for (const Record& shared : record.inShared) {
+    if (record.inShared.size() > 1 || shared.row != record.row)
+      return "inShared holds more than a run of the row";
+    if (std::string fault = FaultIn(shared); !fault.empty()) return "inShared[0]." + fault;
+  }
   if (std::string fault = FaultInBytes(record); !fault.empty()) return fault;
+  const Experiment& experiment = record.experiment;
+  if (experiment.repetition < 1 || experiment.element < 0 || experiment.lane < 0 ||
+      experiment.passes < 1)
+    return "experiment is of no lane, or no pass";
   for (std::size_t i = 0; i < record.failedCalls.size(); ++i) {
     const int repetition = record.failedCalls[i].repetition;
     if (repetition < 0 || static_cast<std::size_t>(repetition) > record.repetitions.size())

@@ -66,6 +66,25 @@ void Members(auto& io, Is<Ending> auto& ending) {
   io.Late("lostFirst", ending.lostFirst);
 }
 
+void Members(auto& io, Is<Predicted> auto& predicted) {
+  io("suspect", predicted.suspect);
+  io("answer", predicted.answer);
+}
+
+void Members(auto& io, Is<Experiment> auto& experiment) {
+  io("kind", experiment.kind);
+  io("predicted", experiment.predicted);
+  io("repetition", experiment.repetition);
+  io("element", experiment.element);
+  io("lane", experiment.lane);
+  io("result", experiment.result);
+  io("behind", experiment.behind);
+  io("inputA", experiment.inputA);
+  io("inputB", experiment.inputB);
+  io("swapped", experiment.swapped);
+  io("passes", experiment.passes);
+}
+
 void Members(auto& io, Is<Record> auto& record) {
   io("row", record.row);
   io("seed", record.seed);
@@ -86,6 +105,9 @@ void Members(auto& io, Is<Record> auto& record) {
   io("ending", record.ending);
   io("seconds", record.seconds);
   io("buildSeconds", record.buildSeconds);
+  io.Late("sharedContext", record.sharedContext);
+  io.Late("inShared", record.inShared);
+  io.Late("experiment", record.experiment);
 }
 
 void Members(auto& io, Is<Library> auto& library) {
@@ -230,6 +252,11 @@ struct Reader {
       if (!json.is_array()) throw Damage(" is not a list");
       for (std::size_t i = 0; i < json.size(); ++i) {
         try {
+          // However deep a file goes, reading it does not.
+          if constexpr (std::same_as<Value, std::vector<Record>>) {
+            if (json[i].is_object() && !json[i].value("inShared", Json::array()).empty())
+              throw Damage(" holds another");
+          }
           Read(json[i], value.emplace_back());
         } catch (const Damage& damage) {
           throw damage.Within(fmt::format("[{}]", i));

@@ -51,7 +51,10 @@ Lines ReadLines(std::istream& file, const std::string& path) {
       const auto [place, isFirst] = lines.records.try_emplace(record.row, number, Record());
       Record& first = place->second.second;
       // A row has a line for each of its runs; one that was not reached tells nothing.
-      if (isFirst || first.ending.kind == Ending::Kind::notRun) {
+      if (!record.experiment.kind.empty()) {
+        if (isFirst) first.row = record.row;
+        first.experiments.push_back(std::move(record));
+      } else if (isFirst || first.ending.kind == Ending::Kind::notRun) {
         first = std::move(record);
       } else if (record.ending.kind != Ending::Kind::notRun) {
         first.again.push_back(std::move(record));

@@ -86,6 +86,24 @@ std::string CountsOf(const std::vector<Judged>& runs) {
                      count < 10 ? std::string(words[count - 2]) : std::to_string(count));
 }
 
+// Where a run in a shared context came to something else than one in a context of its own, what.
+std::string ContextsOf(const Record& record) {
+  if (!record.inShared.empty())
+    return fmt::format("{} in a shared context, {} in one of its own",
+                       NameOf(StatusOf(record.inShared.front())), NameOf(StatusOf(record)));
+  const auto other = std::ranges::find_if(
+      record.again, [](const Record& again) { return !again.inShared.empty(); });
+  return other == record.again.end() ? "" : ContextsOf(*other);
+}
+
+// Takes a run, and with it the one in a shared context that it stands for.
+void Take(RowResult& row, const Record& record, const Opinion& opinion, const Device& device,
+          bool strict) {
+  row.runs.push_back(JudgedOf(record, opinion, strict));
+  for (const Record& shared : record.inShared)
+    row.runs.push_back(JudgedOf(shared, OpinionOf(shared, device), strict));
+}
+
 // Says what the runs come to, against what was expected.
 void Settle(RowResult& row, const Expectations& expectations) {
   const Judged& first = row.runs.front();
@@ -99,6 +117,9 @@ void Settle(RowResult& row, const Expectations& expectations) {
   row.detail = (bad == row.runs.end() ? first : *bad).detail;
   if (const std::string counts = CountsOf(row.runs); !counts.empty())
     row.detail = counts + (row.detail.empty() ? "" : ": " + row.detail);
+
+  if (const std::string contexts = ContextsOf(*row.record); !contexts.empty())
+    row.detail = contexts + (row.detail.empty() ? "" : ": " + row.detail);
 
   row.verdict = ended;
   row.asExpected = ended == row.expected || ended == Status::skip;
@@ -133,11 +154,11 @@ RowResult ResultOf(const Record& record, const Device& device, const Expectation
   row.status = StatusOf(record);
   row.opinion = OpinionOf(record, device);
   row.expected = ExpectedOf(record.row, expectations.baseline);
-  row.runs.push_back(JudgedOf(record, row.opinion, expectations.strict));
+  Take(row, record, row.opinion, device, expectations.strict);
   for (const Record& again : record.again) {
     // A run that was not reached tells nothing.
     if (StatusOf(again) != Status::missing)
-      row.runs.push_back(JudgedOf(again, OpinionOf(again, device), expectations.strict));
+      Take(row, again, OpinionOf(again, device), device, expectations.strict);
   }
   Settle(row, expectations);
   return row;
@@ -146,7 +167,7 @@ RowResult ResultOf(const Record& record, const Device& device, const Expectation
 void TakeLastRun(RowResult& row, const Device& device, const Expectations& expectations) {
   const Record& last = row.record->again.back();
   if (StatusOf(last) == Status::missing) return;
-  row.runs.push_back(JudgedOf(last, OpinionOf(last, device), expectations.strict));
+  Take(row, last, OpinionOf(last, device), device, expectations.strict);
   Settle(row, expectations);
 }
 

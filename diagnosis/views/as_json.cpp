@@ -112,6 +112,7 @@ std::string JsonOf(const std::vector<Explanation>& explanations) {
                     {"first", std::move(lanes)},
                     {"others", TextsOf(one.others)},
                     {"suspects", TextsOf(one.suspects)},
+                    {"experiments", TextsOf(one.experiments)},
                     {"notes", TextsOf(one.notes)}});
   }
   return Whole("explanations", std::move(list));

@@ -2,6 +2,7 @@
 
 #include "diagnosis/verdict/account.h"
 #include "diagnosis/views/draws_of_run.h"
+#include "diagnosis/views/experiments_of_run.h"
 #include "diagnosis/views/lost_of_run.h"
 #include "diagnosis/views/opinion_of_run.h"
 
@@ -12,6 +13,7 @@ namespace {
 // What there is to say of a run beside its ledger, in this order, line ends included.
 constexpr std::string (*remarks[])(const Analysis&) = {
     OpinionOnRun,
+    [](const Analysis& analysis) { return ExperimentsOfRun(analysis.suspects); },
     [](const Analysis& analysis) { return DrawsOfRun(*analysis.run); },
     [](const Analysis& analysis) { return LostOfRun(*analysis.run); },
 };

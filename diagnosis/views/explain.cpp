@@ -16,6 +16,7 @@
 #include "diagnosis/record/row_facts.h"
 #include "diagnosis/verdict/category.h"
 #include "diagnosis/verdict/ledger.h"
+#include "diagnosis/views/experiments_of_run.h"
 #include "diagnosis/views/rules.h"
 
 namespace diagnosis {
@@ -247,6 +248,7 @@ Explanation Explain(const Record& record, const Device& device, const Suspects& 
   }
   for (const NamedSuspect& suspect : suspects.Of(record.row))
     explanation.suspects.push_back(suspect.name + ": " + suspect.meaning);
+  explanation.experiments = ExperimentsOn(record);
   return explanation;
 }
 

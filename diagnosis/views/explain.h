@@ -51,8 +51,9 @@ struct Explanation {
   std::vector<ExplainedLane> first;  // that which the suite's line names, else the first such lane;
                                      // empty if there is none
   std::vector<std::string> others;   // the others, a line each
-  std::vector<std::string> suspects;  // "name: meaning"
-  std::vector<std::string> notes;     // what the row, the compiler and the driver had to say
+  std::vector<std::string> suspects;     // "name: meaning"
+  std::vector<std::string> experiments;  // on this row, several lines each
+  std::vector<std::string> notes;        // what the row, the compiler and the driver had to say
 };
 
 Explanation Explain(const Record& record, const Device& device, const Suspects& suspects);

@@ -128,6 +128,8 @@ std::string TextOf(const Explanation& explanation, std::size_t mostOthers) {
     for (const std::string& suspect : explanation.suspects)
       fmt::format_to(out, "    {}\n", suspect);
   }
+  if (!explanation.experiments.empty()) fmt::format_to(out, "\n  Experiments:\n");
+  for (const std::string& line : explanation.experiments) fmt::format_to(out, "    {}\n", line);
   return text;
 }
 

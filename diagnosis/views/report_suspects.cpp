@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include "diagnosis/localization/glossary.h"
+#include "diagnosis/views/experiments_of_run.h"
 #include "diagnosis/views/report_parts.h"
 
 namespace diagnosis {
@@ -29,6 +30,8 @@ void AddSuspects(page::Page&, pugi::xml_node section, const Analysis& analysis) 
       section, "p", "lead",
       "The fewest that explain these rows: each predicts every lane of its rows, the wrong ones "
       "and the right ones.");
+  for (const Decision& decision : suspects.decisions)
+    AddClassed(section, "p", "note", "The device was " + TextOf(decision) + ".");
   for (const Suspect& suspect : suspects.fewest) {
     const pugi::xml_node article =
         Set(AddClassed(section, "article", "suspect"), "id", IdOfSuspect(suspect.name));

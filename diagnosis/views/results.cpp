@@ -98,6 +98,7 @@ std::unique_ptr<outputs::Folder> FolderOfRun(const std::string& path) {
 std::string LinesOf(const Record& record) {
   std::string lines = ToJson(record) + "\n";
   for (const Record& again : record.again) lines += ToJson(again) + "\n";
+  for (const Record& asked : record.experiments) lines += ToJson(asked) + "\n";
   return lines;
 }
 

@@ -101,6 +101,31 @@ TEST(Account, HoldsARowAgainstItsBaseline) {
   }
 }
 
+// A row that came to something else in a context shared with others: that of its own counts first.
+TEST(Account, SaysWhereASharedContextChangesARow) {
+  const struct {
+    Status own, shared, verdict;
+    std::string detail;
+  } cases[] = {
+      {Status::pass, Status::fail, Status::flake,
+       "Fail in a shared context, Pass in one of its own: 1 of 2 wrong, two different answers: "
+       "c:1 ocl:2 in repetition 1"},
+      {Status::crash, Status::error, Status::flake,
+       "Error in a shared context, Crash in one of its own: 2 of 2 wrong, two different answers: "
+       "SIGSEGV before the first repetition"},
+      {Status::fail, Status::fail, Status::fail,
+       "Fail in a shared context, Fail in one of its own: c:1 ocl:2 in repetition 1"},
+  };
+  for (const auto& c : cases) {
+    Record record = MadeUp("add_union_scalar_1", c.own);
+    record.inShared = {MadeUp("add_union_scalar_1", c.shared)};
+    const RowResult row = ResultOf(record, {}, {});
+    EXPECT_EQ(NameOf(row.status), NameOf(c.own));
+    EXPECT_EQ(NameOf(row.verdict), NameOf(c.verdict)) << row.detail;
+    EXPECT_EQ(row.detail, c.detail);
+  }
+}
+
 // Rows of one operation, so many of each verdict, against a baseline that expects what is named.
 TEST(Account, SaysInOneSentenceWhatARunComesTo) {
   struct {

@@ -39,7 +39,7 @@ std::string Variable(const char* name) {
 
 // What a worker says first, a message's size, and bytes that are neither text nor message.
 constexpr std::string_view rubbish(
-    "\x02union_triage 3 worker\x03\n\x08\0\0\0\xA1kind\xFF\0\r\n\x1B[2J", 39);
+    "\x02union_triage 4 worker\x03\n\x08\0\0\0\xA1kind\xFF\0\r\n\x1B[2J", 39);
 
 void WriteTo(int descriptor) {
   if (write(descriptor, rubbish.data(), rubbish.size()) < 0) return;

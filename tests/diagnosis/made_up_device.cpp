@@ -2,6 +2,7 @@
 
 #include <CL/cl.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -82,20 +83,30 @@ float MadeUpDevice::Answer(const Bytes& a, const Bytes& b, int item, int lane) c
   return compute(operandA(a, placeOfA(item, lane)), operand, exponent);
 }
 
-Record MadeUpDevice::Run(int repetitions) const {
+Record MadeUpDevice::Run(int repetitions, const Experiment& experiment) const {
   std::mt19937 random(1);
   const auto draw = [&random] { return static_cast<std::uint32_t>(random()) >> 1; };
   const auto size = row.stride * items;
   const auto ten = static_cast<std::ptrdiff_t>(row.stride * elementsOfRow);
   Bytes a(size);
   Bytes b(row.twoInputs ? size : 0);
-  Bytes result(size, 0xCD);
+  Bytes result(size, fresh);
   // What lies behind the elements and between their members is anything.
   for (Bytes* bytes : {&a, &b}) {
     for (auto& byte : *bytes) byte = static_cast<std::uint8_t>(draw());
   }
+  const auto behind = [ten](const Bytes& bytes) {
+    return bytes.empty() ? Bytes() : Bytes(bytes.begin() + ten, bytes.end());
+  };
+  const auto fill = [](Bytes& bytes, std::ptrdiff_t from, const Bytes& with) {
+    for (auto at = static_cast<std::size_t>(from); at < bytes.size() && !with.empty(); ++at)
+      bytes[at] = with[(at - static_cast<std::size_t>(from)) % with.size()];
+  };
+  fill(a, ten, experiment.behind);
+  fill(b, ten, experiment.behind);
   Record record;
   record.row = row.name;
+  record.experiment = experiment;
   for (int repetition = 0; repetition < repetitions; ++repetition) {
     for (std::size_t element = 0; element < elementsOfRow; ++element) {
       for (std::size_t lane = 0; lane < static_cast<std::size_t>(row.lanes); ++lane) {
@@ -107,6 +118,9 @@ Record MadeUpDevice::Run(int repetitions) const {
         }
       }
     }
+    std::ranges::copy(experiment.inputA, a.begin());
+    std::ranges::copy(experiment.inputB, b.begin());
+    fill(result, 0, experiment.result);
     for (int item = 0; item < items; ++item) {
       for (int lane = 0; lane < row.lanes; ++lane) {
         const std::ptrdiff_t at = placeOfResult(item, lane);
@@ -122,9 +136,6 @@ Record MadeUpDevice::Run(int repetitions) const {
     };
     record.repetitions.push_back({front(a), front(b), true, front(result), ""});
   }
-  const auto behind = [ten](const Bytes& bytes) {
-    return bytes.empty() ? Bytes() : Bytes(bytes.begin() + ten, bytes.end());
-  };
   record.behindA = behind(a);
   record.behindB = behind(b);
   record.ending = {Ending::Kind::returned, 0, ""};

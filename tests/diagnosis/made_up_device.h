@@ -28,8 +28,10 @@ struct MadeUpDevice {
   std::function<float(float a, float b, int exponent)> compute;
   std::function<std::uint32_t(float answer)> bitsOf;
 
-  /// Runs the row on drawn data, filled as the suite fills it.
-  Record Run(int repetitions = 10) const;
+  std::uint8_t fresh = 0xCD;  // each byte of a buffer of results that nobody has written into
+
+  /// Runs the row on drawn data, filled as the suite fills it, with what an experiment changes.
+  Record Run(int repetitions = 10, const Experiment& experiment = {}) const;
 
  private:
   float Answer(const Bytes& a, const Bytes& b, int item, int lane) const;

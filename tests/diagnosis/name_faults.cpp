@@ -1,6 +1,7 @@
 // Runs rows on the device at hand and says in one line how many wrong ones of them the suite fails
 // and how many it passes, how many right ones it fails, and which suspects are named over the run;
-// with --rows also those of each row. Rows or, behind --from, a folder with a run.
+// before and after experiments; with --rows also those of each row. Rows or, behind --from, a
+// folder with a run.
 
 #include <fmt/format.h>
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "common/workers/runner.h"
+#include "diagnosis/commands/ask.h"
 #include "diagnosis/execution/run_now.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
@@ -33,19 +35,29 @@ std::string NameOf(const Suspect& suspect) {
   return Joined(names);
 }
 
+std::string NamesOf(const Suspects& suspects) {
+  std::vector<std::string> names;
+  for (const Suspect& suspect : suspects.fewest) names.push_back(NameOf(suspect));
+  return fmt::format("{}", fmt::join(names, ", "));
+}
+
 void NameFaults(const std::vector<std::string>& patterns, const std::string& folder, bool byRow) {
-  const Run run =
-      folder.empty() ? RunOf(Select(patterns), "", {}) : RunOf({}, folder, RowsOptions());
-  const Analysis analysis = AnalysisOf(run, {});
+  Run run = folder.empty() ? RunOf(Select(patterns), "", {}) : RunOf({}, folder, RowsOptions());
+  Analysis analysis = AnalysisOf(run, {});
   const Totals& totals = analysis.totals;
   const auto unjudged = std::ranges::count_if(
       analysis.rows, [](const RowResult& row) { return !IsJudged(row.category); });
   if (unjudged > 0) throw std::runtime_error(fmt::format("{} rows came to no verdict", unjudged));
+  const std::string before = NamesOf(analysis.suspects);
+  std::size_t experiments = 0;
+  if (folder.empty()) Ask(run, analysis, {}, [&experiments](const Record&) { ++experiments; });
+  const std::string after = NamesOf(analysis.suspects);
+  fmt::print("{:>3} {:>3} {:>3}  {}", totals.Of(Category::failedWrong),
+             totals.Of(Category::passedWrong), totals.Of(Category::failedRight), before);
+  // A column of its own for what experiments made of it.
+  if (experiments > 0) fmt::print("  -> {} (asked {})", after, experiments);
+  fmt::print("\n");
   std::vector<std::string> names;
-  for (const Suspect& suspect : analysis.suspects.fewest) names.push_back(NameOf(suspect));
-  fmt::print("{:>3} {:>3} {:>3}  {}\n", totals.Of(Category::failedWrong),
-             totals.Of(Category::passedWrong), totals.Of(Category::failedRight),
-             fmt::join(names, ", "));
   if (!byRow) return;
   for (const auto& [row, named] : analysis.suspects.byRow) {
     names.clear();

@@ -63,6 +63,9 @@ void ExpectSame(const Record& a, const Record& b) {
     EXPECT_EQ(a.repetitions[i].result, b.repetitions[i].result);
     EXPECT_EQ(a.repetitions[i].launched, b.repetitions[i].launched);
   }
+  EXPECT_EQ(a.sharedContext, b.sharedContext);
+  ASSERT_EQ(a.inShared.size(), b.inShared.size());
+  for (std::size_t i = 0; i < a.inShared.size(); ++i) ExpectSame(a.inShared[i], b.inShared[i]);
   EXPECT_EQ(a.ending.kind, b.ending.kind);
   EXPECT_EQ(a.ending.value, b.ending.value);
   EXPECT_EQ(a.ending.lostFirst, b.ending.lostFirst);
@@ -107,10 +110,25 @@ TEST_F(Folder, GivesBackWhatWasWritten) {
   // Rows end in any order, and may be run again; a run that was not reached tells nothing.
   Record again = FullRecord();
   again.ending.value = 77;
+  again.inShared = {FullRecord()};
+  again.inShared[0].sharedContext = true;
+  Record asked = FullRecord();
+  asked.experiment.kind = "filled-result";
+  asked.experiment.predicted = {{"lanes-unwritten", "0xA53CC35A"}, {"\xFF", "anything"}};
+  asked.experiment.repetition = 2;
+  asked.experiment.element = 9;
+  asked.experiment.lane = 2;
+  asked.experiment.result = {0xA5};
+  asked.experiment.behind = {1, 2};
+  asked.experiment.inputA = Bytes(320, 3);
+  asked.experiment.inputB = Bytes(320, 4);
+  asked.experiment.swapped = true;
+  asked.experiment.passes = 2;
   Record notRun;
   notRun.row = other.row;
   Write("records.jsonl", ToJson(notRun) + "\n" + ToJson(other) + "\n" + ToJson(FullRecord()) +
-                             "\n" + ToJson(again) + "\n" + ToJson(notRun) + "\n");
+                             "\n" + ToJson(again) + "\n" + ToJson(asked) + "\n" + ToJson(notRun) +
+                             "\n");
   const diagnosis::Run run = ReadRun(path);
   EXPECT_EQ(ToJson(run.info), ToJson(info));
   EXPECT_EQ(run.info.device.platform, "P\xFF");
@@ -118,6 +136,12 @@ TEST_F(Folder, GivesBackWhatWasWritten) {
   ExpectSame(run.records[0], FullRecord());
   ASSERT_EQ(run.records[0].again.size(), 1U);
   ExpectSame(run.records[0].again[0], again);
+  ASSERT_EQ(run.records[0].experiments.size(), 1U);
+  ExpectSame(run.records[0].experiments[0], asked);
+  const Experiment& experiment = run.records[0].experiments[0].experiment;
+  EXPECT_EQ(experiment.predicted.at(1).suspect, "\xFF");
+  EXPECT_EQ(experiment.inputB, asked.experiment.inputB);
+  EXPECT_EQ(experiment.lane, 2);
   ExpectSame(run.records[1], other);
   EXPECT_TRUE(run.records[1].again.empty());
   EXPECT_EQ(StatusOf(run.records[2]), Status::missing);
@@ -162,6 +186,11 @@ TEST_F(Folder, ReadsWhatIsGoodAndNamesTheRest) {
   const auto damaged = [&good](const std::string& from, const std::string& to) {
     return Replaced(good, from, to);
   };
+  Record nested = FullRecord();
+  nested.inShared = {FullRecord()};
+  Record deep = nested;
+  deep.inShared = {nested};
+  nested.inShared[0].row = "add_union_vector3_4";
   const std::string bytes320 = text::ToBase64(Bytes(320, 0xFE));
   struct {
     std::string info, records, damage;
@@ -196,6 +225,11 @@ TEST_F(Folder, ReadsWhatIsGoodAndNamesTheRest) {
        "records.jsonl:1: failedCalls[0].repetition is none of those that there are"},
       {infoText, damaged("\"seconds\":0.1", "\"seconds\":-1") + other,
        "records.jsonl:1: seconds is no length of time"},
+      {infoText, ToJson(deep) + "\n" + other, "records.jsonl:1: inShared[0] holds another"},
+      {infoText, ToJson(nested) + "\n" + other,
+       "records.jsonl:1: inShared holds more than a run of the row"},
+      {infoText, damaged("\"passes\":1", "\"passes\":0") + other,
+       "records.jsonl:1: experiment is of no lane, or no pass"},
       // Two files that do not tell of the same rows.
       {Replaced(infoText, "add_union_vector3_6", "copy_union_vector3_6"), good + other,
        "records.jsonl:1: run.json does not name this row: add_union_vector3_6"},
