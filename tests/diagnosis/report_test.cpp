@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <map>
 #include <pugixml.hpp>
@@ -183,6 +184,81 @@ TEST(Report, SaysWhatItCanOfARowThatItDoesNotKnow) {
             std::string::npos);
   EXPECT_EQ(reproducers(run.records[0].row), 0U);
   EXPECT_GT(reproducers(FactsOfRows()[42].row.name), 0U);
+}
+
+// What the first node says that the path names.
+std::string At(const pugi::xml_document& page, const std::string& path) {
+  return TextIn(page.select_node(path.c_str()).node());
+}
+
+TEST(Report, ShowsHowALaneCameAbout) {
+  const RowFacts& facts = *FactsOf("copy_union_vector8_3");
+  Record one = RowOf(facts, false, 0);
+  // Of shorts; one answer is wrong.
+  const float two = 2;
+  std::memcpy(&one.repetitions[1].result[2 * facts.row.stride + 5 * sizeof two], &two, sizeof two);
+  one.source = "first   \n\n  second \nthird";
+  Record all = RowOf(*FactsOf("copy_union_vector4_1"), false, 2);
+  diagnosis::Run run;
+  run.info.options = {{"jobs", "2"}, {"launcher", ""}, {"seed", "1"}};
+  run.records = {one, all};
+  const pugi::xml_document page = Parsed(ReportOf({{"out", run}}));
+
+  const std::string article = "//article[@id='row-copy_union_vector8_3']";
+  EXPECT_EQ(At(page, article + "//h3"), one.row);
+  EXPECT_STREQ(page.select_node((article + "//h3").c_str()).node().attribute("id").value(),
+               page.select_node(article.c_str()).node().attribute("aria-labelledby").value());
+  EXPECT_EQ(At(page, article + "//h4"), "The first wrong lane: repetition 2, element 2, lane 5");
+  EXPECT_EQ(At(page, article + "//figcaption"),
+            "Union a, 32 bytes; the kernel reads bytes 10 to 11, underlined");
+  EXPECT_EQ(page.select_nodes((article + "//figure//u").c_str()).size(), 2U);
+  // Each store in its colour, and what reads the page aloud has a word for each column.
+  for (const auto& store : page.select_nodes((article + "//li[span[@class='by']]").c_str())) {
+    const std::string by = store.node().find_child_by_attribute("class", "by").child_value();
+    if (by == "no store") continue;
+    const int index = std::stoi(by.substr(2)) % 4;
+    EXPECT_EQ(store.node().attribute("class").value(),
+              (by[0] == 'a' ? "store element-" : "store float-") + std::to_string(index));
+  }
+  for (const auto& cell : page.select_nodes((article + "//thead//th").c_str()))
+    EXPECT_NE(TextIn(cell.node()), "");
+  EXPECT_EQ(page.select_nodes((article + "//thead//th/span").c_str()).size(), 2U);
+  EXPECT_EQ(At(page, article + "//details[summary='Kernel text']//pre"),
+            "first\n\n  second\nthird\n");
+
+  const std::string other = "//article[@id='row-copy_union_vector4_1']";
+  const std::size_t lanes = all.repetitions.size() * 40;
+  EXPECT_EQ(page.select_nodes((other + "//ul[@class='plain']/li").c_str()).size(), 40U);
+  EXPECT_EQ(At(page, other + "//details/p[@class='note']"),
+            std::to_string(lanes - 41) + " more left out here; triage explain lists them.");
+  EXPECT_EQ(At(page, "//ul[@class='legend']//strong"), "2 failed and wrong");
+  EXPECT_NE(At(page, "//dl[@class='facts']").find("jobs 2, seed 1"), std::string::npos);
+}
+
+TEST(Report, LaysRunsSideBySide) {
+  const RowFacts& facts = *FactsOf("copy_union_vector4_1");
+  NamedRun before{"before", {}};
+  before.run.records = {RowOf(facts, true, 0)};
+  NamedRun after{"after", {}};
+  after.run.records = {RowOf(facts, false, 1)};
+  const pugi::xml_document worse = Parsed(ReportOf({before, after}));
+  const std::string table = "//section[@id='all']//table";
+  EXPECT_EQ(At(worse, table + "/thead"), "Row1. before2. after");
+  EXPECT_STREQ(worse.select_node(table.c_str()).node().attribute("style").value(),
+               "min-width: 36rem");
+  EXPECT_EQ(At(worse, "//section[@id='worse']//tbody/tr/th"), facts.row.name);
+  const std::string sameEnd = "//details[summary='1 row that came to the same']";
+  EXPECT_EQ(worse.select_nodes(sameEnd.c_str()).size(), 0U);
+  NamedRun seeded = before;
+  seeded.run.records[0].seed = 2;
+  for (Repetition& repetition : seeded.run.records[0].repetitions) {
+    repetition.inputA.assign(repetition.inputA.size(), 0);
+    repetition.inputA[0] = 1;
+    const float right = 1;
+    std::memcpy(repetition.result.data(), &right, sizeof right);
+  }
+  const pugi::xml_document same = Parsed(ReportOf({before, seeded}));
+  EXPECT_EQ(same.select_nodes(sameEnd.c_str()).size(), 1U);
 }
 
 TEST(Report, SaysHowARowIsRunAlone) {
