@@ -51,23 +51,34 @@ class Test:
 
 
 def end(folder):
-    """Ends the processes that have this folder of their own in their environment."""
+    """Ends the processes that have this folder of their own in their environment, and those that they start
+    meanwhile."""
     mark = f"TMPDIR={folder}\0".encode()
-    for process in Path("/proc").glob("[0-9]*"):
-        try:
-            if mark in (process / "environ").read_bytes():
-                os.kill(int(process.name), signal.SIGKILL)
-        except (OSError, ValueError):
-            pass
+    for _ in range(100):
+        found = False
+        for process in Path("/proc").glob("[0-9]*"):
+            try:
+                if mark in (process / "environ").read_bytes():
+                    os.kill(int(process.name), signal.SIGKILL)
+                    found = True
+            except (OSError, ValueError):
+                pass
+        if not found:
+            return
 
 
-def tests(build, limit):
-    """Those of the tests in the build that pass there within so many seconds, the quickest first, with what
-    they reach; and what fails without any mutant."""
-    listed = json.loads(subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"], check=True,
-                                       stdout=subprocess.PIPE).stdout)
+def listed(folder):
+    """The tests of a folder of the build."""
+    told = subprocess.run(["ctest", "--test-dir", folder, "--show-only=json-v1"], check=True,
+                          stdout=subprocess.PIPE).stdout
     # What scripts says nothing of the programs that are compiled here.
-    found = [test for test in map(Test, listed["tests"]) if "scripts" not in test.labels]
+    return [test for test in map(Test, json.loads(told)["tests"]) if "scripts" not in test.labels]
+
+
+def tests(folders, limit):
+    """Those of the tests in the folders of the build that pass there within so many seconds, the quickest
+    first, with what they reach; and what fails without any mutant."""
+    found = [test for folder in folders for test in listed(folder)]
 
     def reach(test):
         with tempfile.NamedTemporaryFile() as file:

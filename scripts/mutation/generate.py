@@ -205,13 +205,29 @@ def places(job):
     return Places(unit, tree, pattern).found
 
 
-def find(tree, pattern):
+def find(tree, texts, pattern):
     """All places of what tree/build, which is configured, compiles for the programs, in files of the tree
     whose path matches. A place has a file, a line, the bytes that it starts and ends with, the function that
-    it is in, what it says, and what it would say as a mutant."""
+    it is in, what it says, and what it would say as a mutant. Where no file of the programs has changed since,
+    it is what was found the last time."""
+    state = hashlib.sha256(repr([pattern, Path(__file__).read_bytes(), *(
+        (name, texts[name]) for name in sorted(texts) if not name.startswith(("tests/", "docs/"))
+    )]).encode()).hexdigest()
+    kept = tree / "build/places.json"
+    if kept.exists() and (old := json.loads(kept.read_text()))["state"] == state:
+        return old["places"]
+    found = parsed(tree, pattern)
+    kept.write_text(json.dumps({"state": state, "places": found}))
+    return found
+
+
+def parsed(tree, pattern):
     commands = [entry for entry in json.loads((tree / "build/compile_commands.json").read_text())
                 if not re.search(r"/(tests|benchmark)/|cmake_pch|page_css", entry["file"])]
-    jobs = {entry["file"]: (entry, tree, pattern) for entry in commands}
+    # Headers come with the files beside them, but for those of the suite's rows.
+    own = [entry for entry in commands
+           if re.search(pattern, Path(entry["file"]).relative_to(tree).as_posix())]
+    jobs = {entry["file"]: (entry, tree, pattern) for entry in own or commands}
     found = {}
     with multiprocessing.Pool(2) as pool:
         for some in pool.imap_unordered(places, jobs.values()):

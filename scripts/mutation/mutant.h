@@ -5,9 +5,11 @@
 // which several processes share and which survives a kill.
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace mutation {
@@ -19,7 +21,25 @@ struct State {
   unsigned char* reached = nullptr;
 };
 
+// A mutant may start itself without end: so deep within each other no processes of a test are.
+constexpr int deepest = 10;
+inline int depth = 0;
+
+inline void GoDeeper() {
+  if (++depth > deepest) _exit(1);
+}
+
+inline void CountDepth() {
+  if (const char* above = std::getenv("MUTANTS_DEPTH")) depth = std::atoi(above);
+  GoDeeper();
+  char text[16];
+  std::snprintf(text, sizeof text, "%d", depth);
+  setenv("MUTANTS_DEPTH", text, 1);
+  pthread_atfork(nullptr, nullptr, GoDeeper);
+}
+
 inline State Start() {
+  CountDepth();
   State state;
   if (const char* chosen = std::getenv("MUTANT")) state.chosen = std::atoi(chosen);
   const char* path = std::getenv("MUTANTS_REACHED");
