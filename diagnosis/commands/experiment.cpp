@@ -21,8 +21,9 @@ struct Options {
 };
 
 int Experiment(const Options& options) {
-  const std::unique_ptr<outputs::Folder> folder = FolderOfRun(options.folder);
+  // Before the folder is this command's own.
   Run run = OpenRun(options.folder);
+  const std::unique_ptr<outputs::Folder> folder = FolderOfRun(options.folder);
   Analysis analysis = AnalysisOf(run, ExpectationsOf(run.info));
   std::size_t asked = 0;
   const workers::PoolEnd end =
