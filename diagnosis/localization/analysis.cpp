@@ -43,7 +43,8 @@ Expectations ExpectationsOf(const RunInfo& info) {
     const auto found = info.options.find(option);
     return found != info.options.end() && found->second == value;
   };
-  // Where a row is run once, a failure is one, also if it went away with a context of the row's own.
+  // Where a row is run once, a failure is one, also if it went away with a context of the row's
+  // own.
   expectations.flakesFail = is("strict flakes", "yes") || (is("baseline", "") && is("repeat", "1"));
   expectations.strict = is("strict", "yes");
   return expectations;
