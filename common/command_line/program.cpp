@@ -20,6 +20,7 @@
 #include "common/command_line/arguments.h"
 #include "common/command_line/manual.h"
 #include "common/text/bad_use.h"
+#include "common/text/complaint.h"
 #include "common/text/text.h"
 
 namespace command_line {
@@ -140,7 +141,7 @@ void Run(const Program& program, std::vector<std::string> arguments, Call& call)
 }
 
 int Ended(const Program& program, int status, const std::exception& reason) {
-  fmt::print(stderr, "{}: {}\n", program.name, text::PrintableLine(reason.what(), 1000));
+  text::Complain(program.name, reason.what());
   return status;
 }
 
@@ -160,8 +161,10 @@ int Answer(const Program& program, int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   for (const WorkerWord& worker : program.workers)
     if (argc == 2 && arguments.front() == worker.word) return worker.main();
-  // A file that may not grow is an error of writing, and no reason to be killed.
+  // A file that may not grow, and a pipe that nobody reads, are errors of writing, and no reason to
+  // be killed.
   std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
   try {
     Call call;
     // The command in front stands in the project's root, from where the layers are named, and so

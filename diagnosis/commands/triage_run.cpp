@@ -20,6 +20,7 @@
 
 #include "common/outputs/reporter.h"
 #include "common/text/bad_use.h"
+#include "common/text/complaint.h"
 #include "common/text/text.h"
 #include "diagnosis/commands/ask.h"
 #include "diagnosis/localization/analysis.h"
@@ -64,9 +65,7 @@ std::string TellApart(const Device& device) {
   return fmt::format("{}, floats {:#x}", HeadingOf(device), device.singleFpConfig);
 }
 
-void Complain(std::string_view line) {
-  fmt::print(stderr, "triage: {}\n", text::PrintableLine(line, 1000));
-}
+void Complain(std::string_view line) { text::Complain("triage", line); }
 
 /// Something that the run goes on without once it fails, which is said then and shows in the
 /// status.

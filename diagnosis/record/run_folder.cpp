@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "common/text/bad_use.h"
+#include "common/text/complaint.h"
 #include "common/text/folder_lock.h"
 #include "common/text/text.h"
 #include "diagnosis/record/row_facts.h"
@@ -160,18 +161,16 @@ Run OpenRun(const std::string& folder, InUse inUse) {
   if (inUse != InUse::isOurs && text::IsLocked(folder)) {
     const std::string line = "another run is writing into " + folder;
     if (inUse == InUse::refused) throw text::BadUse(line);
-    fmt::print(stderr, "triage: {}; what is there so far is read\n",
-               text::PrintableLine(line, 1000));
+    text::Complain("triage", line + "; what is there so far is read");
   }
   try {
     Run run = ReadRun(folder);
     constexpr std::size_t most = 20;
     const std::size_t shown = std::min(run.damages.size(), most);
-    for (std::size_t i = 0; i < shown; ++i)
-      fmt::print(stderr, "triage: {}\n", text::PrintableLine(run.damages[i], 1000));
+    for (std::size_t i = 0; i < shown; ++i) text::Complain("triage", run.damages[i]);
     if (shown < run.damages.size())
-      fmt::print(stderr, "triage: {}: {} more damages\n", text::PrintableLine(folder),
-                 run.damages.size() - shown);
+      text::Complain("triage",
+                     fmt::format("{}: {} more damages", folder, run.damages.size() - shown));
     return run;
   } catch (const std::runtime_error& error) {
     throw text::BadUse(error.what());

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "common/text/bad_use.h"
+#include "common/text/complaint.h"
 #include "common/text/text.h"
 #include "exploration/features/features.h"
 #include "exploration/record/run_record.h"
@@ -125,7 +126,7 @@ class ExplorationRun {
       function();
     } catch (const text::CannotWrite& error) {
       cannotWrite_ = text::PrintableLine(error.what(), 1000);
-      fmt::print(stderr, "explore: {}\n", cannotWrite_);
+      text::Complain("explore", cannotWrite_);
     }
   }
 
