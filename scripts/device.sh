@@ -186,8 +186,9 @@ find_wanted() {
   for index in "${!found[@]}"; do
     read_device "$index"
     [[ -z $wanted_platform || ${platform,,} == *"${wanted_platform,,}"* ]] || continue
+    # As text: the shell's numbers begin anew behind 2^63.
     if [[ $wanted_device == +([0-9]) ]]; then
-      [[ $((10#$wanted_device)) -eq $index ]] || continue
+      [[ $wanted_device =~ ^0*(0|[1-9][0-9]*)$ && ${BASH_REMATCH[1]} == "$index" ]] || continue
     else
       [[ ${name,,} == *"${wanted_device,,}"* ]] || continue
     fi

@@ -2,22 +2,26 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdio>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "common/command_line/options.h"
 #include "common/text/bad_use.h"
+#include "common/text/complaint.h"
 #include "common/text/list.h"
 #include "common/text/text.h"
 #include "diagnosis/commands/command.h"
+#include "diagnosis/commands/run_plan.h"
 #include "diagnosis/localization/analysis.h"
 #include "diagnosis/record/select.h"
 #include "diagnosis/views/compare.h"
 #include "diagnosis/views/end_of_run.h"
 #include "diagnosis/views/results.h"
+#include "harness/rows.h"
 
 namespace diagnosis {
 namespace {
@@ -42,6 +46,21 @@ std::map<std::string, std::string> ConditionsOf(const RunInfo& info) {
     conditions[option] = found == info.options.end() ? "" : found->second;
   }
   return conditions;
+}
+
+// What a baseline does not name is expected to pass.
+std::string ExpectedOf(const std::string& row, const std::map<std::string, std::string>& expected) {
+  const auto found = expected.find(row);
+  return found == expected.end() ? std::string(NameOf(Status::pass)) : found->second;
+}
+
+// A part that is replaced by the whole is lost if the whole cannot be written.
+void RefuseAPartAsTheWhole(const Options& options) {
+  for (const std::string& part : options.folders) {
+    std::error_code none;  // there is no such folder yet
+    if (std::filesystem::equivalent(part, options.out, none))
+      throw text::BadUse(fmt::format("--output: {} is one of the parts", options.out));
+  }
 }
 
 /// Puts runs together, and keeps what speaks against it.
@@ -69,7 +88,7 @@ class Merger {
         Conflict(fmt::format("{} is of {} than {}: {} in place of {}", part.name, difference.what,
                              first_, difference.other, difference.one));
     }
-    TakeExpected(part);
+    CompareExpected(part);
     TakeShard(part);
     for (const Record& record : part.run.records) Take(record, part.name);
     merged_.info.seconds += info.seconds;
@@ -86,7 +105,7 @@ class Merger {
         Conflict(fmt::format("none is shard {}/{}", number, shards_.size()));
     if (!conflicts_.empty()) {
       for (std::size_t i = 0; i + 1 < conflicts_.size(); ++i)
-        fmt::print(stderr, "triage: {}\n", text::PrintableLine(conflicts_[i], 1000));
+        text::Complain("triage", conflicts_[i]);
       throw text::BadUse(conflicts_.back());
     }
     merged_.info.command = command;
@@ -119,22 +138,24 @@ class Merger {
       text::AddToList(whole.environment[name], value);
   }
 
-  void TakeExpected(const NamedRun& part) {
-    for (const auto& [row, status] : part.run.info.expected) {
-      const auto [known, isNew] = merged_.info.expected.emplace(row, status);
-      if (known->second != status)
-        Conflict(fmt::format("{} is expected to be {} in {} and {} elsewhere", row, status,
-                             part.name, known->second));
+  void CompareExpected(const NamedRun& part) {
+    const std::map<std::string, std::string>& here = part.run.info.expected;
+    const std::map<std::string, std::string>& before = merged_.info.expected;
+    for (const NamedRunner& row : rows) {
+      const std::string name(row.name);
+      const std::string one = ExpectedOf(name, before);
+      const std::string other = ExpectedOf(name, here);
+      if (one != other)
+        Conflict(fmt::format("{} is expected to be {} in {} and {} in {}", name, one, first_, other,
+                             part.name));
     }
   }
 
   void TakeShard(const NamedRun& part) {
     const auto shard = part.run.info.options.find("shard");
     if (shard == part.run.info.options.end() || shard->second.empty()) return;
-    std::size_t number = 0;
-    std::size_t count = 0;
-    if (std::sscanf(shard->second.c_str(), "%zu/%zu", &number, &count) != 2 || number == 0 ||
-        number > count || count > 100'000)
+    const auto [number, count] = ShardOf(shard->second);
+    if (number == 0)
       return Conflict(fmt::format("{} is of no shard: '{}'", part.name, shard->second));
     if (shards_.empty()) shards_.resize(count);
     if (shards_.size() != count)
@@ -167,6 +188,7 @@ class Merger {
 };
 
 int Merge(const Options& options, const std::string& command) {
+  RefuseAPartAsTheWhole(options);
   Merger merger;
   for (const NamedRun& part : ReadRuns(options.folders, InUse::refused)) merger.Add(part);
   const Run run = merger.Merged(command, options.folders);

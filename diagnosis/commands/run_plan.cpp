@@ -26,18 +26,6 @@ std::string Host() {
 
 std::string YesOrNo(bool is) { return is ? "yes" : "no"; }
 
-/// K and N of "K/N"; zeros for anything else.
-std::pair<std::size_t, std::size_t> ShardOf(const std::string& text) {
-  std::size_t number = 0;
-  std::size_t count = 0;
-  const char* const end = text.data() + text.size();
-  const auto [slash, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || slash == end || *slash != '/') return {0, 0};
-  const auto [rest, otherError] = std::from_chars(slash + 1, end, count);
-  if (otherError != std::errc() || rest != end || number > count) return {0, 0};
-  return {number, count};
-}
-
 /// The rows that did not pass there, or were not reached.
 std::vector<std::string> DidNotPass(const Run& run) {
   std::vector<std::string> rows;
@@ -200,6 +188,8 @@ RunPlan PlanOf(const RunOptions& given, const command_line::Call& call) {
     if (!options.rerun.empty()) {
       failed = OpenRun(options.rerun, InUse::refused);
       TakeData(failed->info, options);
+      // What failed by the second opinion is judged by it again.
+      options.strict = options.strict || ExpectationsOf(failed->info).strict;
     }
     plan.run.info = InfoOf(options, call, SelectedBy(options, failed ? &*failed : nullptr));
     for (const std::string& row : plan.run.info.selected) {
@@ -218,8 +208,21 @@ RunPlan PlanOf(const RunOptions& given, const command_line::Call& call) {
   return plan;
 }
 
+Shard ShardOf(const std::string& text) {
+  // More parts than there will ever be rows are a slip, and take a place each where they are
+  // merged.
+  constexpr std::size_t most = 100'000;
+  Shard shard;
+  const char* const end = text.data() + text.size();
+  const auto [slash, error] = std::from_chars(text.data(), end, shard.number);
+  if (error != std::errc() || slash == end || *slash != '/') return {};
+  const auto [rest, otherError] = std::from_chars(slash + 1, end, shard.count);
+  const bool isNumber = otherError == std::errc() && rest == end;
+  return isNumber && shard.number <= shard.count && shard.count <= most ? shard : Shard();
+}
+
 void CheckShard(const std::string& shard) {
-  if (ShardOf(shard).first == 0)
+  if (ShardOf(shard).number == 0)
     throw text::BadUse(fmt::format("--shard: '{}' is not K/N, part K of N", shard));
 }
 

@@ -53,6 +53,15 @@ struct RunPlan {
 /// Throws text::BadUse where there is nothing that could be run so.
 RunPlan PlanOf(const RunOptions& options, const command_line::Call& call);
 
+/// A part of a run's rows.
+struct Shard {
+  std::size_t number = 0;  ///< From 1.
+  std::size_t count = 0;
+};
+
+/// Of "2/4", the second of four parts; zeros for anything else.
+Shard ShardOf(const std::string& text);
+
 /// Refuses what is no shard, "0/4" for instance. Throws text::BadUse.
 void CheckShard(const std::string& shard);
 

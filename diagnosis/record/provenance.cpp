@@ -99,11 +99,13 @@ std::string NameOf(const Library& library) {
 const std::vector<Variable>& VariablesThatMatter() { return variables; }
 
 std::string WithoutFolders(std::string_view value) {
-  constexpr std::string_view between = ":;,= \t\n\"'";
+  constexpr std::string_view between = ":;,=\t\n\"'";
   constexpr std::size_t most = 200;
   std::string kept;
   while (!value.empty() && kept.size() < most) {
-    const std::size_t end = std::min(value.find_first_of(between), value.size());
+    // A folder's name may have a blank in it: what follows is of one word unless it is an option.
+    const std::size_t end =
+        std::min({value.find_first_of(between), value.find(" -"), value.size()});
     std::string_view word = value.substr(0, end);
     while (word.size() > 1 && word.ends_with('/')) word.remove_suffix(1);
     kept += word.substr(word.rfind('/') + 1);
