@@ -361,6 +361,11 @@ RunInfo RunInfoFromJson(std::string_view text, std::vector<std::string>& damages
   RunInfo info;
   ForgivingReader reader{{json}, damages};
   Members(reader, info);
+  constexpr double longest = 1e9;  // some thirty years
+  if (!(info.seconds >= 0 && info.seconds <= longest)) {
+    damages.emplace_back("seconds is no length of time");
+    info.seconds = 0;
+  }
   return info;
 }
 

@@ -236,6 +236,8 @@ TEST_F(Folder, ReadsWhatIsGoodAndNamesTheRest) {
       {Replaced(infoText, "\"host\"", "\"ghost\""), good + other, "run.json: host is missing", 2},
       {Replaced(infoText, "\"add_union_vector3_5\"", "7"), good + other,
        "run.json: selected[1] is not a text", 2},
+      {Replaced(infoText, "\"seconds\": 0.0", "\"seconds\": 1e308"), good + other,
+       "run.json: seconds is no length of time", 2},
       {Replaced(infoText, "add_union_vector3_5", "floor_union_scalar_1"), good,
        "run.json: selected names a row twice: floor_union_scalar_1"},
   };
