@@ -113,7 +113,7 @@ void WorkerProcess::Abandon() {
   Allow(secondsToStop);
 }
 
-void WorkerProcess::Kill() {
+void WorkerProcess::Kill() const {
   if (!hasExited_) kill(-process_.pid, SIGKILL);
 }
 

@@ -49,7 +49,7 @@ class WorkerProcess {
   /// No more jobs, and the one that is under way is given up.
   void Abandon();
 
-  void Kill();
+  void Kill() const;
 
   bool IsUp() const { return isUp_; }
   bool IsLeaving() const { return state_ == State::leaving; }

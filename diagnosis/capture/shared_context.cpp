@@ -1,6 +1,7 @@
 #include "diagnosis/capture/shared_context.h"
 
 #include <algorithm>
+#include <array>
 #include <compare>
 #include <cstddef>
 #include <cstring>
@@ -32,8 +33,7 @@ struct Question {
   const void* object;
   cl_uint name;
   size_t size;
-  bool wantsValue;
-  bool wantsSize;
+  std::array<bool, 2> wants;  // the value; its size
   auto operator<=>(const Question&) const = default;
 };
 
@@ -77,8 +77,8 @@ void Keep(const Question& question, const void* value, size_t room, const size_t
 template <auto entryPoint, class Object>
 cl_int CL_API_CALL AskOnce(Object object, cl_uint name, size_t size, void* value,
                            size_t* returned) {
-  const Question question{&tag<entryPoint>,   object, name, size, value != nullptr,
-                          returned != nullptr};
+  const Question question{
+      &tag<entryPoint>, object, name, size, {value != nullptr, returned != nullptr}};
   if (IsKnown(question, value, returned)) return CL_SUCCESS;
   const cl_int code = (Own().below->*entryPoint)(object, name, size, value, returned);
   if (code == CL_SUCCESS) Keep(question, value, size, returned);
@@ -86,8 +86,8 @@ cl_int CL_API_CALL AskOnce(Object object, cl_uint name, size_t size, void* value
 }
 
 cl_int CL_API_CALL GetPlatformIds(cl_uint room, cl_platform_id* platforms, cl_uint* count) {
-  const Question question{&tag<&Entry::clGetPlatformIDs>, nullptr,         0, room,
-                          platforms != nullptr,           count != nullptr};
+  const Question question{
+      &tag<&Entry::clGetPlatformIDs>, nullptr, 0, room, {platforms != nullptr, count != nullptr}};
   size_t known = 0;
   if (IsKnown(question, platforms, &known)) {
     if (count != nullptr) *count = static_cast<cl_uint>(known);

@@ -73,7 +73,7 @@ std::string BuildIdIn(std::string_view file, std::size_t offset, std::size_t siz
     const std::size_t name = offset + sizeof note;
     const std::size_t text = name + Padded(note.n_namesz);
     if (text > file.size() || note.n_descsz > file.size() - text) break;
-    if (note.n_type == NT_GNU_BUILD_ID && file.substr(name, 4) == std::string_view("GNU", 4)) {
+    if (note.n_type == NT_GNU_BUILD_ID && file.substr(name, 4) == std::string_view("GNU\0", 4)) {
       std::string digits;
       for (const char byte : file.substr(text, note.n_descsz))
         digits += fmt::format("{:02x}", static_cast<unsigned char>(byte));

@@ -187,7 +187,7 @@ workers::PoolEnd RunRows(const std::vector<RowJob>& jobs, const RowsOptions& opt
   pool.tick = listener.tick;
   workers::PoolOptions poolOptions = options;
   poolOptions.protocol = rowProtocol;
-  const workers::PoolEnd end = workers::RunJobs(poolOptions, pool);
+  workers::PoolEnd end = workers::RunJobs(poolOptions, pool);
   for (auto& [number, record] : contexts.Left()) listener.ended(jobs[number], std::move(record));
   for (; given < jobs.size(); ++given) {
     Record record = Blank(jobs[given], options);

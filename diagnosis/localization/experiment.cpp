@@ -48,6 +48,7 @@ std::vector<Rival> RivalsIn(const RowData& data, const std::vector<std::string>&
 std::size_t TellsApart(const Experiment& experiment, const RowData& data,
                        const std::vector<Rival>& rivals) {
   std::vector<std::optional<RowData>> expected;
+  expected.reserve(rivals.size());
   for (const Rival& rival : rivals) expected.push_back(Expected(experiment, rival.fault, data));
   std::size_t pairs = 0;
   for (std::size_t i = 0; i < rivals.size(); ++i) {

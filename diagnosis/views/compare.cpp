@@ -143,6 +143,7 @@ Comparison ComparisonOf(const RowResult& before, const RowResult& after) {
 
 std::vector<NamedRun> ReadRuns(const std::vector<std::string>& folders, InUse inUse) {
   std::vector<NamedRun> runs;
+  runs.reserve(folders.size());
   for (const std::string& folder : folders) {
     runs.push_back({folder, OpenRun(folder, inUse)});
   }

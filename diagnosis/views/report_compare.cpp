@@ -88,6 +88,7 @@ void AddRunsTable(pugi::xml_node section, const std::vector<NamedRun>& runs,
   AddHead(table, "The runs side by side", "Run", runs);
   const pugi::xml_node body = Add(table, "tbody");
   std::vector<std::vector<RunFact>> facts;
+  facts.reserve(runs.size());
   for (const NamedRun& run : runs) facts.push_back(FactsOf(run.run.info));
   for (std::size_t fact = 0; fact < facts.front().size(); ++fact) {
     if (!facts.front()[fact].isBeside) continue;

@@ -81,7 +81,7 @@ int Merge(const MergeOptions& options, const command_line::Call& call) {
     if (fs::equivalent(folder, options.out, ignored))
       throw text::BadUse(folder + " cannot be merged into itself");
     Part part = PartIn(folder);
-    for (const Part& other : parts) RefuseOverlap(other, part);
+    for (const Part& former : parts) RefuseOverlap(former, part);
     runs.push_back(part.run);
     parts.push_back(std::move(part));
   }

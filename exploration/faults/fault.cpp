@@ -42,10 +42,10 @@ bool AreAmong(const Features& some, const Features& all) {
 /// others, that is.
 std::optional<bool> AreLike(const Fault& one, const Fault& other,
                             bool (*saysNothing)(std::string_view)) {
-  const Features some = Without(one.features, saysNothing);
-  const Features others = Without(other.features, saysNothing);
-  if (some.empty() || others.empty()) return std::nullopt;
-  return AreAmong(some, others) || AreAmong(others, some);
+  const Features ofOne = Without(one.features, saysNothing);
+  const Features ofOther = Without(other.features, saysNothing);
+  if (ofOne.empty() || ofOther.empty()) return std::nullopt;
+  return AreAmong(ofOne, ofOther) || AreAmong(ofOther, ofOne);
 }
 
 /// FNV-1a.
