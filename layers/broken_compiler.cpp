@@ -5,9 +5,9 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
+#include "layers/edited_source.h"
 #include "layers/kernel_edit.h"
 #include "layers/layer.h"
 
@@ -27,18 +27,8 @@ const Fault* broken = nullptr;
 cl_program CL_API_CALL CreateProgramWithSource(cl_context context, cl_uint count,
                                                const char** strings, const size_t* lengths,
                                                cl_int* error) {
-  std::string text;
-  for (cl_uint i = 0; i < count && strings != nullptr && strings[i] != nullptr; ++i) {
-    const bool hasLength = lengths != nullptr && lengths[i] != 0;
-    text.append(strings[i], hasLength ? lengths[i] : std::strlen(strings[i]));
-  }
-  // What the driver must refuse, it gets as it is.
-  if (text.empty())
-    return layer::below->clCreateProgramWithSource(context, count, strings, lengths, error);
-  text = Edited(text, *broken);
-  const char* pointer = text.c_str();
-  const size_t length = text.size();
-  return layer::below->clCreateProgramWithSource(context, 1, &pointer, &length, error);
+  return layer::CreateEdited(context, count, strings, lengths, error,
+                             [](const std::string& text) { return Edited(text, *broken); });
 }
 
 }  // namespace

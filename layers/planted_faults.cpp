@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "layers/edited_source.h"
 #include "layers/layer.h"
 
 namespace {
@@ -214,20 +214,12 @@ void Plant(const Fault& fault) {
 cl_program CL_API_CALL CreateProgramWithSource(cl_context context, cl_uint count,
                                                const char** strings, const size_t* lengths,
                                                cl_int* error) {
-  std::string text;
-  for (cl_uint i = 0; i < count && strings != nullptr && strings[i] != nullptr; ++i) {
-    const bool hasLength = lengths != nullptr && lengths[i] != 0;
-    text.append(strings[i], hasLength ? lengths[i] : std::strlen(strings[i]));
-  }
-  // What the driver must refuse, it gets as it is.
-  if (text.empty())
-    return layer::below->clCreateProgramWithSource(context, count, strings, lengths, error);
-  for (const Replacement& replacement : planted)
-    if (text.find(replacement.where) != std::string::npos)
-      text = std::regex_replace(text, replacement.find, replacement.with);
-  const char* pointer = text.c_str();
-  const size_t length = text.size();
-  return layer::below->clCreateProgramWithSource(context, 1, &pointer, &length, error);
+  return layer::CreateEdited(context, count, strings, lengths, error, [](std::string text) {
+    for (const Replacement& replacement : planted)
+      if (text.find(replacement.where) != std::string::npos)
+        text = std::regex_replace(text, replacement.find, replacement.with);
+    return text;
+  });
 }
 
 [[noreturn]] void List() {
